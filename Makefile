@@ -1,0 +1,47 @@
+# Set-up, build and test entry points. Every target installs missing Debian
+# packages first (as root, non-interactively), so a fresh machine needs
+# nothing but `make run` or `make test`.
+
+PACKAGES := cmake g++ make pkgconf libgtest-dev libgmock-dev libbenchmark-dev \
+            libgumbo-dev libuchardet-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
+FUZZ_PACKAGES := clang libfuzzer-14-dev libclang-rt-14-dev
+JOBS ?= $(shell nproc)
+BUILD_TYPE ?= RelWithDebInfo
+SAMPLE ?= samples/article.html
+FUZZ_SECONDS ?= 60
+
+.PHONY: all deps build run test test-sanitize test-thread clean
+
+all: build
+
+# Installs only what is missing, so a ready machine never touches apt.
+deps:
+	@missing=""; for p in $(PACKAGES); do \
+	  dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q "install ok installed" || missing="$$missing $$p"; \
+	done; \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing:$$missing"; \
+	  if [ "$$(id -u)" -ne 0 ]; then echo "run as root to install:$$missing" >&2; exit 1; fi; \
+	  export DEBIAN_FRONTEND=noninteractive; \
+	  apt-get update -qq && apt-get install -y -qq --no-install-recommends $$missing; \
+	fi
+
+build: deps
+	cmake -S . -B build -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) >/dev/null
+	cmake --build build -j$(JOBS)
+
+run: build
+	@if [ -x build/tools/zestra ]; then build/tools/zestra extract $(SAMPLE); \
+	else echo "The command-line tool is not built yet; the library and tests are." ; fi
+
+test: build
+	ctest --test-dir build --output-on-failure -j$(JOBS)
+
+test-sanitize: deps
+	cmake -S . -B build-sanitize -DCMAKE_BUILD_TYPE=Debug -DZESTRA_SANITIZE=ON >/dev/null
+	cmake --build build-sanitize -j$(JOBS)
+	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+	  ctest --test-dir build-sanitize --output-on-failure -j$(JOBS)
+
+clean:
+	rm -rf build build-sanitize build-thread build-fuzz
