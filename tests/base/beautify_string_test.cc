@@ -18,7 +18,7 @@ TEST(BeautifyStringTest, CollapsesRunsAndKeepsOneSpaceAtEachEnd) {
   EXPECT_EQ(Clean(u"a\u00A0\u00A0b"), u"a b");          // no-break space is white space here
   EXPECT_EQ(Clean(u"a\u3000\u2003b\u2007c"), u"a b\u2007c");  // U+2007 is not in the space class
   EXPECT_EQ(Clean(u"\r\n"), u" ");
-  EXPECT_EQ(Clean(std::u16string(u"a\0b\u0001\u007F\u0085c", 6)), u"abc");  // non-space controls dropped
+  EXPECT_EQ(Clean(std::u16string(u"a\0b\u0001\u007F\u0085c", 7)), u"abc");  // non-space controls dropped
   EXPECT_EQ(Clean(u"a \u0001 b"), u"a b");  // a dropped control does not split a run
 }
 
