@@ -16,7 +16,10 @@
 //
 // Freeing, statistics and FindAllTables walk the tree with explicit stacks
 // on the heap, not with one stack frame per nesting level, so trees nested
-// millions of levels deep are fine.
+// millions of levels deep are fine. They keep the order of a recursive
+// walk at every depth; freeing in particular releases a table's summary,
+// caption and slots in that order, each released subtree completely before
+// the next link, and frees a node after everything below it.
 //
 // Thread-safety: AddRef, Release and NbRef may be called concurrently. A
 // tree is built on one thread; once built it may be read concurrently, but
