@@ -1,0 +1,69 @@
+// Finding the character set of a document's bytes, the way browsers do:
+// a byte-order mark first, then a <meta> declaration near the start of the
+// document, then a statistical guess from the bytes themselves.
+//
+// DetectCharset runs these steps and leaves UnknownCharset when none of them
+// can tell; SniffCharset adds the final default, Windows-1252, as browsers
+// use for Western pages without a declaration.
+//
+// Thread-safety: all functions are pure (they read only their arguments) and
+// may be called from any thread.
+#ifndef ZESTRA_PLATFORM_CHARSET_DETECTION_H_
+#define ZESTRA_PLATFORM_CHARSET_DETECTION_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "zestra/base/charset.h"
+#include "zestra/export.h"
+
+namespace OrvelDetection {
+
+// A byte-order mark at the start of the bytes: the charset it announces and
+// its length in bytes; {UnknownCharset, 0} when there is none. EF BB BF is
+// UTF-8, FF FE little-endian 16-bit text (1201), FE FF big-endian
+// (OrvelCharset::Utf16BECharset).
+struct ByteOrderMark {
+  Orvel::CHARSET charset;
+  uint32_t length;
+};
+ZESTRA_EXPORT ByteOrderMark DetectByteOrderMark(const uint8_t* data, size_t size);
+
+// How many leading bytes the <meta> prescan examines.
+inline constexpr size_t kPrescanBytes = 1024;
+
+// The charset declared by a <meta charset> or <meta http-equiv="content-type"
+// content="...; charset=..."> element within the first kPrescanBytes bytes,
+// found as the WHATWG "prescan a byte stream to determine its encoding"
+// algorithm does: comments and other markup are stepped over, an element cut
+// off by the end of the window counts for nothing, and a declaration of
+// 16-bit text means UTF-8 (the declaration itself was readable as ASCII).
+// UnknownCharset when there is none or its label is not known.
+ZESTRA_EXPORT Orvel::CHARSET PrescanMetaCharset(const uint8_t* data, size_t size);
+
+// 16-bit text without a byte-order mark, told by its zero bytes: when nearly
+// every second byte of the first kPrescanBytes bytes is zero (markup and
+// Latin text in 16-bit units), 1201 or Utf16BECharset by the position of the
+// zeros; else UnknownCharset.
+ZESTRA_EXPORT Orvel::CHARSET DetectUnmarkedUtf16(const uint8_t* data, size_t size);
+
+// How many leading bytes the statistical detector reads.
+inline constexpr size_t kGuessBytes = 1 << 20;
+
+// The statistical detector's guess (uchardet) over the first kGuessBytes
+// bytes; UnknownCharset when it has none or names a charset this library
+// cannot convert. Pure ASCII is reported as Windows-1252.
+ZESTRA_EXPORT Orvel::CHARSET GuessCharset(const uint8_t* data, size_t size);
+
+// Sets `charset` to the charset of the bytes: the byte-order mark, else
+// unmarked 16-bit text, else the <meta> prescan, else the statistical guess;
+// UnknownCharset when none of them tells. Returns 0 (the steps cannot fail;
+// the stream form below reports read failures).
+ZESTRA_EXPORT int DetectCharset(const uint8_t* data, size_t size, Orvel::CHARSET& charset);
+
+// DetectCharset, then Windows-1252 when it cannot tell. Never UnknownCharset.
+ZESTRA_EXPORT Orvel::CHARSET SniffCharset(const uint8_t* data, size_t size);
+
+}  // namespace OrvelDetection
+
+#endif  // ZESTRA_PLATFORM_CHARSET_DETECTION_H_
