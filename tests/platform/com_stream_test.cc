@@ -131,7 +131,7 @@ TEST(MemoryStreamTest, SeekOriginsAndLimits) {
   stream->Release();
 }
 
-TEST(MemoryStreamTest, GrowsAcrossManyWritesAndRespectsALockedBlock) {
+TEST(MemoryStreamTest, GrowsAcrossManyWritesAndKeepsALockedBlockInPlace) {
   IStream* stream = nullptr;
   ASSERT_EQ(CreateStreamOnHGlobal(nullptr, 1, &stream), S_OK);
   std::string expected;
