@@ -151,12 +151,8 @@ TEST(SelectWinningTablesTest, TablesInCaptionsAreNeverCandidates) {
 }
 
 TEST(FindWinningTablesTest, RanksTheTreeAndSharesTheSet) {
-  // Navigation column of links beside a content column.
-  SmartPtr<KTable> root = NewTable(2, 1);
-  SmartPtr<KTable> nav = AddTable(AddCell(root, 0, 0));
-  AddText(AddCell(nav, 0, 0, 20, 20), u"n");
-  SmartPtr<KTable> content = AddTable(AddCell(root, 1, 0));
-  AddText(AddCell(content, 0, 0, 200, 3), u"c");
+  const testing::NavigationAndContent page(20, u"n", 200, 3, u"c");
+  const SmartPtr<KTable>& root = page.root;
   const KStatistics d = testing::DocumentStatistics(root);
   SmartPtr<KRankParameters> p(new KRankParameters());
 
@@ -166,8 +162,8 @@ TEST(FindWinningTablesTest, RanksTheTreeAndSharesTheSet) {
   KTableSet expected;
   testing::PlainFindWinningTables(root, d, *p, expected);
   EXPECT_EQ(*shared, expected);
-  EXPECT_EQ(expected.count(content), 1u);
-  EXPECT_EQ(expected.count(nav), 0u);
+  EXPECT_EQ(expected.count(page.content), 1u);
+  EXPECT_EQ(expected.count(page.nav), 0u);
   EXPECT_EQ(winners.Count(), 2);
   EXPECT_EQ(p->NbRef(), 1);
 

@@ -148,6 +148,23 @@ inline SmartPtr<KTable> Chain(uint32_t levels, uint32_t words, uint32_t link_wor
   return root;
 }
 
+// A page layout: a root of one row whose left cell holds a navigation table
+// (one cell of `nav_words` words, all in links) and whose right cell holds
+// a content table (one cell of `content_words` words, `content_link_words`
+// in links).
+struct NavigationAndContent {
+  SmartPtr<KTable> root = NewTable(2, 1);
+  SmartPtr<KTable> nav;
+  SmartPtr<KTable> content;
+  NavigationAndContent(uint32_t nav_words, const std::u16string& nav_text, uint32_t content_words,
+                       uint32_t content_link_words, const std::u16string& content_text) {
+    nav = AddTable(AddCell(root, 0, 0));
+    AddText(AddCell(nav, 0, 0, nav_words, nav_words), nav_text);
+    content = AddTable(AddCell(root, 1, 0));
+    AddText(AddCell(content, 0, 0, content_words, content_link_words), content_text);
+  }
+};
+
 // The rank of a table exactly as defined: every level walked, nothing kept
 // between tables or calls.
 inline double PlainRank(const SmartPtr<KTable>& table, const KStatistics& d, const KRankParameters& p) {

@@ -226,12 +226,9 @@ TEST(ZestraTextExtractorTest, BuiltInParameters) {
 TEST(ZestraTextExtractorTest, NavigationLinksAndContent) {
   // A navigation column of links beside a content column with a few links:
   // the built-in tuning keeps the content only.
-  SmartPtr<KTable> root = NewTable(2, 1);
-  SmartPtr<KTable> nav = AddTable(AddCell(root, 0, 0));
-  AddText(AddCell(nav, 0, 0, 12, 12), u"Home News Contact\n");
-  SmartPtr<KTable> content = AddTable(AddCell(root, 1, 0));
-  AddText(AddCell(content, 0, 0, 80, 2), u"Body text.\n\n");
-  EXPECT_EQ(Extract(root, false), Utf16(u"Body text.\n\n"));
+  const testing::NavigationAndContent page(12, u"Home News Contact\n", 80, 2, u"Body text.\n\n");
+  EXPECT_EQ(Extract(page.root, false), Utf16(u"Body text.\n\n"));
+  EXPECT_EQ(Extract(page.root, true), Utf16(u"Home News Contact\nBody text.\n\n"));
 }
 
 // 100,000 tables nested in a chain: ranked, selected and written without a
