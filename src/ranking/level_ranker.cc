@@ -24,10 +24,10 @@ namespace ranking_internal {
 // The factor is 0.0 from level 1024 (2^1024 overflows to infinity) to level
 // 2^31 - 1; from 2^31 on the level, taken as a signed integer, turns
 // negative and the factor would be large again. A walk reaches level L only
-// through L + 1 distinct nested tables (in a tree without cycles a level
-// never repeats a table of a level above it on its path), and 2^31 nested
-// tables need hundreds of gibibytes, so no tree that fits in memory gets
-// there: stopping at level 1024 drops only levels that add nothing.
+// through a path of L + 1 nested tables, all distinct since a tree has no
+// cycles, and 2^31 tables need hundreds of gibibytes, so no tree that fits
+// in memory gets there: stopping at level 1024 drops only levels that add
+// nothing.
 //
 // A weight outside those bounds, or an M of 0.0 or NaN (statistics of
 // another tree), could make a deep term NaN; then every level is walked.

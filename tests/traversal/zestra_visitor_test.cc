@@ -294,7 +294,8 @@ TEST(ZestraRankedStrategyTest, CopiesShareAndAssignmentSwapsShares) {
     EXPECT_EQ(first.Count(), 3);
     EXPECT_EQ(p->NbRef(), 3);
 
-    b = b;  // itself: nothing changes
+    const ZestraRankedStrategy& itself = b;
+    b = itself;  // nothing changes
     EXPECT_EQ(first.Count(), 3);
     ZestraRankedStrategy same_holder(q, first);
     b = same_holder;  // shares the same holder: its counter stays
