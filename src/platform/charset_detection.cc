@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
+#include <vector>
 
+#include "platform/own_codecs.h"
 #include "zestra/platform/charset_names.h"
 
 namespace OrvelDetection {
@@ -38,11 +41,40 @@ CHARSET DetectUnmarkedUtf16(const uint8_t* data, size_t size) {
   return Orvel::UnknownCharset;
 }
 
+namespace {
+
+// True when the bytes are UTF-8, but for a sequence cut off at their end.
+bool IsUtf8(const uint8_t* data, size_t size) {
+  size_t i = 0;
+  while (i < size) {
+    if (data[i] < 0x80) {
+      ++i;
+      continue;
+    }
+    const OrvelCharset::Decoded decoded = OrvelCharset::Utf8Codec::Decode(data + i, size - i, false);
+    if (decoded.length == 0) return true;  // cut off by the end of the sample
+    // The decoder reads invalid bytes as U+FFFD; the character itself is
+    // written EF BF BD.
+    const bool literal = decoded.length == 3 && data[i] == 0xEF && data[i + 1] == 0xBF && data[i + 2] == 0xBD;
+    if (decoded.code_point == OrvelCharset::kReplacementCharacter && !literal) return false;
+    i += decoded.length;
+  }
+  return true;
+}
+
+}  // namespace
+
 CHARSET GuessCharset(const uint8_t* data, size_t size) {
-  if (size == 0) return Orvel::UnknownCharset;
+  size = std::min(size, kGuessBytes);
+  const size_t non_ascii = std::count_if(data, data + size, [](uint8_t b) { return b >= 0x80; });
+  if (non_ascii == 0) return size == 0 ? Orvel::UnknownCharset : Orvel::Windows1252Charset;
+  if (IsUtf8(data, size)) return Orvel::Utf8Charset;
+  // A few accented letters fit many 8-bit charsets equally well; the
+  // detector's guess means something only with more evidence.
+  if (non_ascii < kMinGuessEvidence) return Orvel::UnknownCharset;
   const std::unique_ptr<uchardet, void (*)(uchardet_t)> detector(uchardet_new(), uchardet_delete);
   if (detector == nullptr) return Orvel::UnknownCharset;
-  if (uchardet_handle_data(detector.get(), reinterpret_cast<const char*>(data), std::min(size, kGuessBytes)) != 0) {
+  if (uchardet_handle_data(detector.get(), reinterpret_cast<const char*>(data), size) != 0) {
     return Orvel::UnknownCharset;
   }
   uchardet_data_end(detector.get());
@@ -56,6 +88,26 @@ int DetectCharset(const uint8_t* data, size_t size, CHARSET& charset) {
   if (charset == Orvel::UnknownCharset) charset = PrescanMetaCharset(data, size);
   if (charset == Orvel::UnknownCharset) charset = GuessCharset(data, size);
   return 0;
+}
+
+int DetectCharset(Orvel::BinaryStreamBufT<unsigned int>& stream, CHARSET& charset) {
+  charset = Orvel::UnknownCharset;
+  const unsigned int start = stream.vTellG() - stream.LookAheadSize();
+  std::vector<uint8_t> bytes;
+  try {
+    bytes.resize(kGuessBytes);
+  } catch (const std::bad_alloc&) {
+    return 1;
+  }
+  size_t have = 0;
+  while (have < bytes.size()) {
+    const unsigned int got = stream.Get(bytes.data() + have, static_cast<unsigned int>(bytes.size() - have));
+    if (got == 0) break;
+    have += got;
+  }
+  stream.DiscardLookAhead();
+  stream.vSeekG(start, Orvel::kSeekBegin, Orvel::kSeekAbsolute);
+  return DetectCharset(bytes.data(), have, charset);
 }
 
 CHARSET SniffCharset(const uint8_t* data, size_t size) {

@@ -113,6 +113,10 @@ TEST(DetectCharset, LeavesUnknownWhenNothingTellsAndSniffDefaults) {
   EXPECT_EQ(OrvelDetection::SniffCharset(nullptr, 0), Orvel::Windows1252Charset);
   const std::string ascii = "<p>Plain text</p>";
   EXPECT_EQ(OrvelDetection::SniffCharset(U8(ascii), ascii.size()), Orvel::Windows1252Charset);
+  // A few 8-bit accented letters are too little to guess from; as UTF-8
+  // they are plain.
+  EXPECT_EQ(Detect("<p>caf\xE9 cr\xE8me</p>"), Orvel::UnknownCharset);
+  EXPECT_EQ(Detect("<p>caf\xC3\xA9 \xEF\xBF\xBD</p>"), Orvel::Utf8Charset);
 }
 
 }  // namespace

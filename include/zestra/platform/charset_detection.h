@@ -16,6 +16,7 @@
 
 #include "zestra/base/charset.h"
 #include "zestra/export.h"
+#include "zestra/stream/binary_stream_buf.h"
 
 namespace OrvelDetection {
 
@@ -50,9 +51,14 @@ ZESTRA_EXPORT Orvel::CHARSET DetectUnmarkedUtf16(const uint8_t* data, size_t siz
 // How many leading bytes the statistical detector reads.
 inline constexpr size_t kGuessBytes = 1 << 20;
 
-// The statistical detector's guess (uchardet) over the first kGuessBytes
-// bytes; UnknownCharset when it has none or names a charset this library
-// cannot convert. Pure ASCII is reported as Windows-1252.
+// Bytes above 0x7F that a statistical guess needs to be believed.
+inline constexpr size_t kMinGuessEvidence = 16;
+
+// A guess from the first kGuessBytes bytes themselves: Windows-1252 for pure
+// ASCII, UTF-8 for valid UTF-8, else the statistical detector's (uchardet)
+// when the bytes hold at least kMinGuessEvidence bytes above 0x7F.
+// UnknownCharset when there is no guess, or it names a charset this library
+// cannot convert.
 ZESTRA_EXPORT Orvel::CHARSET GuessCharset(const uint8_t* data, size_t size);
 
 // Sets `charset` to the charset of the bytes: the byte-order mark, else
@@ -61,8 +67,32 @@ ZESTRA_EXPORT Orvel::CHARSET GuessCharset(const uint8_t* data, size_t size);
 // the stream form below reports read failures).
 ZESTRA_EXPORT int DetectCharset(const uint8_t* data, size_t size, Orvel::CHARSET& charset);
 
+// DetectCharset over the first kGuessBytes bytes from the get position of
+// `stream`, which is then moved back to where it was (bytes of a
+// look-ahead area are read again from the store). Returns 0, or 1 when the
+// bytes could not be read for want of memory (`charset` is then
+// UnknownCharset).
+ZESTRA_EXPORT int DetectCharset(Orvel::BinaryStreamBufT<unsigned int>& stream, Orvel::CHARSET& charset);
+
 // DetectCharset, then Windows-1252 when it cannot tell. Never UnknownCharset.
 ZESTRA_EXPORT Orvel::CHARSET SniffCharset(const uint8_t* data, size_t size);
+
+// Copying the bytes of a document whose charset could not be found, so that
+// they can be read as Windows-1252.
+class ZESTRA_EXPORT CharsetLanguageDetection {
+ public:
+  CharsetLanguageDetection() = delete;
+
+  // Copies what `in` delivers from its get position to its end to the put
+  // position of `out`, leaving out the junk: NUL and the other control
+  // bytes except tab, line feed, form feed and carriage return (0x00-0x08,
+  // 0x0B, 0x0E-0x1F, 0x7F), and the five bytes Windows-1252 leaves undefined
+  // (0x81, 0x8D, 0x8F, 0x90, 0x9D). Every other byte is a character in
+  // Windows-1252 and stays. Returns the number of bytes written. Throws
+  // BinaryStreamPutEOFException when `out` refuses bytes.
+  static uint32_t CleanStreamFromJunkCharset(Orvel::BinaryStreamBufT<unsigned int>& in,
+                                             Orvel::BinaryStreamBufT<unsigned int>& out);
+};
 
 }  // namespace OrvelDetection
 

@@ -1,0 +1,165 @@
+#include "platform/gumbo_tree_converter.h"
+
+#include <gumbo.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace OrvelParser {
+namespace {
+
+// Trees up to this depth are freed by Gumbo as they are; its recursion then
+// needs a few kilobytes of stack at most.
+constexpr size_t kShallowDepth = 256;
+
+const GumboVector* ChildrenOf(const GumboNode& node) {
+  switch (node.type) {
+    case GUMBO_NODE_DOCUMENT:
+      return &node.v.document.children;
+    case GUMBO_NODE_ELEMENT:
+    case GUMBO_NODE_TEMPLATE:
+      return &node.v.element.children;
+    default:
+      return nullptr;
+  }
+}
+
+// Frees a Gumbo parse. Gumbo's own release recurses into children; for a
+// deep tree, every node is first made a child of the document node, with no
+// children of its own, so that its recursion is two levels deep.
+void DestroyGumboOutput(const GumboOptions& options, GumboOutput* output) {
+  std::vector<void*> nodes;
+  size_t depth = 0;
+  std::vector<std::pair<const GumboVector*, unsigned>> stack;
+  stack.emplace_back(&output->document->v.document.children, 0);
+  while (!stack.empty()) {
+    depth = std::max(depth, stack.size());
+    const GumboVector* children = stack.back().first;
+    unsigned& next = stack.back().second;
+    if (next == children->length) {
+      stack.pop_back();
+      continue;
+    }
+    auto* node = static_cast<GumboNode*>(children->data[next++]);
+    nodes.push_back(node);
+    const GumboVector* grandchildren = ChildrenOf(*node);
+    if (grandchildren != nullptr && grandchildren->length > 0) stack.emplace_back(grandchildren, 0);
+  }
+  if (depth > kShallowDepth) {
+    void* memory = options.allocator(options.userdata, sizeof(void*) * nodes.size());
+    if (memory != nullptr) {
+      std::memcpy(memory, nodes.data(), sizeof(void*) * nodes.size());
+      for (void* pointer : nodes) {
+        auto* node = static_cast<GumboNode*>(pointer);
+        if (node->type == GUMBO_NODE_ELEMENT || node->type == GUMBO_NODE_TEMPLATE) {
+          node->v.element.children.length = 0;  // its array is still freed with it
+        }
+      }
+      GumboVector& top = output->document->v.document.children;
+      options.deallocator(options.userdata, top.data);
+      top.data = static_cast<void**>(memory);
+      top.length = static_cast<unsigned>(nodes.size());
+      top.capacity = top.length;
+    }
+  }
+  gumbo_destroy_output(&options, output);
+}
+
+}  // namespace
+
+void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& keywords, HtmlDocTree& tree,
+                               Orvel::CHARSET document_charset) {
+  HtmlTreeNode::List top_level;
+  if (utf8.empty()) {
+    tree.Assign(std::move(top_level), 0, document_charset);
+    return;
+  }
+  GumboOptions options = kGumboDefaultOptions;
+  options.max_errors = 0;  // parse errors are of no use here, and a broken page makes many
+  GumboOutput* parsed = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
+  if (parsed == nullptr) throw std::bad_alloc();
+  const auto release = [&options](GumboOutput* output) { DestroyGumboOutput(options, output); };
+  const std::unique_ptr<GumboOutput, decltype(release)> output(parsed, release);
+
+  // Element names of unknown tags, lower-cased for the keyword table.
+  std::string name;
+  const auto word_of = [&](const GumboElement& element) -> uint32_t {
+    if (element.tag_namespace != GUMBO_NAMESPACE_HTML) {
+      // Only the roots of SVG and MathML islands carry their own word: an
+      // SVG <title> or <a> is not the document's.
+      const bool root = element.tag == GUMBO_TAG_SVG || element.tag == GUMBO_TAG_MATH;
+      return root ? keywords.WordForTag(element.tag) : static_cast<uint32_t>(kIdOther);
+    }
+    if (element.tag != GUMBO_TAG_UNKNOWN) return keywords.WordForTag(element.tag);
+    GumboStringPiece tag = element.original_tag;
+    gumbo_tag_from_original_text(&tag);
+    name.assign(tag.data == nullptr ? "" : tag.data, tag.length);
+    for (char& c : name) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
+    return keywords.Word(name);
+  };
+  const auto make_node = [](uint32_t keyword, size_t position, size_t length) {
+    HtmlTreeNode::Entry entry(new HtmlTreeNode(keyword, static_cast<uint32_t>(position),
+                                               static_cast<uint32_t>(length)));
+    if (!entry) throw std::bad_alloc();
+    return entry;
+  };
+
+  uint32_t count = 0;
+  struct Frame {
+    const GumboVector* children;
+    unsigned next;
+    HtmlTreeNode::List* list;
+  };
+  std::vector<Frame> stack;
+  stack.push_back({&output->document->v.document.children, 0, &top_level});
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    if (frame.next == frame.children->length) {
+      stack.pop_back();
+      continue;
+    }
+    const GumboNode& node = *static_cast<const GumboNode*>(frame.children->data[frame.next++]);
+    HtmlTreeNode::List& list = *frame.list;
+    const bool top = stack.size() == 1;
+    switch (node.type) {
+      case GUMBO_NODE_ELEMENT:
+      case GUMBO_NODE_TEMPLATE: {
+        const GumboElement& element = node.v.element;
+        const size_t start = element.start_pos.offset;
+        // Elements the parser made up have no start tag in the source.
+        size_t length = element.original_tag.length;
+        if (length > 0 && element.original_end_tag.length > 0) {
+          length = element.end_pos.offset + element.original_end_tag.length - start;
+        }
+        HtmlTreeNode::Entry entry = make_node(word_of(element), start, length);
+        for (unsigned i = 0; i < element.attributes.length; ++i) {
+          const auto* attribute = static_cast<const GumboAttribute*>(element.attributes.data[i]);
+          entry->AddParam(attribute->name, attribute->value);
+        }
+        list.push_back(entry);
+        ++count;
+        if (element.children.length > 0) stack.push_back({&element.children, 0, &entry->Children()});
+        break;
+      }
+      case GUMBO_NODE_TEXT:
+      case GUMBO_NODE_WHITESPACE:
+      case GUMBO_NODE_CDATA: {
+        if (top) break;  // the top-level list holds elements only
+        const GumboText& text = node.v.text;
+        HtmlTreeNode::Entry entry = make_node(kIdText, text.start_pos.offset, text.original_text.length);
+        entry->SetText(text.text);
+        list.push_back(std::move(entry));
+        ++count;
+        break;
+      }
+      default:  // comments
+        break;
+    }
+  }
+  tree.Assign(std::move(top_level), count, document_charset);
+}
+
+}  // namespace OrvelParser

@@ -1,0 +1,19 @@
+#include "zestra/platform/html_doc_parser.h"
+
+#include <string>
+
+#include "platform/document_decoder.h"
+#include "platform/gumbo_tree_converter.h"
+
+namespace OrvelParser {
+
+HtmlDocParser::~HtmlDocParser() = default;
+
+bool HtmlDocParser::Parse() {
+  std::string utf8;
+  const Orvel::CHARSET charset = DecodeDocument(input_, tree_.Charset(), utf8);
+  GumboTreeConverter::Parse(utf8, keywords_, tree_, charset);
+  return tree_.NodeCount() != 0;
+}
+
+}  // namespace OrvelParser

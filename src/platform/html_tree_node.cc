@@ -1,0 +1,62 @@
+#include "zestra/platform/html_tree_node.h"
+
+#include <iterator>
+#include <utility>
+
+#include "zestra/platform/charset_conversion.h"
+
+namespace OrvelParser {
+
+HtmlTreeNode::~HtmlTreeNode() {
+  if (children_.empty()) return;
+  // Every child of which this node holds the last holder hands its own
+  // children to `pending` before it goes, so its destructor finds none.
+  List pending = std::move(children_);
+  while (!pending.empty()) {
+    Entry entry = std::move(pending.back());
+    pending.pop_back();
+    if (entry.Count() == 1 && !entry->children_.empty()) {
+      List& grandchildren = entry->children_;
+      pending.insert(pending.end(), std::make_move_iterator(grandchildren.begin()),
+                     std::make_move_iterator(grandchildren.end()));
+      grandchildren.clear();
+    }
+  }
+}
+
+void HtmlTreeNode::GetText(std::u16string& text) const {
+  text.clear();
+  if (IsText()) {
+    OrvelCharset::AppendUtf16(payload_.data(), payload_.size(), text);
+    return;
+  }
+  WalkNodes(children_, [&text](const HtmlTreeNode& node) {
+    if (node.IsText()) OrvelCharset::AppendUtf16(node.payload_.data(), node.payload_.size(), text);
+    return true;
+  });
+}
+
+void HtmlTreeNode::GetParam(const std::string& name, std::string& value) const {
+  value.clear();
+  if (IsText()) return;
+  std::string_view rest = payload_;
+  while (!rest.empty()) {
+    const size_t name_end = rest.find('\0');
+    const size_t value_end = rest.find('\0', name_end + 1);
+    if (rest.substr(0, name_end) == name) {
+      value.assign(rest.substr(name_end + 1, value_end - name_end - 1));
+      return;
+    }
+    rest.remove_prefix(value_end + 1);
+  }
+}
+
+void HtmlTreeNode::AddParam(std::string_view name, std::string_view value) {
+  if (name.find('\0') != std::string_view::npos || value.find('\0') != std::string_view::npos) return;
+  payload_.append(name);
+  payload_.push_back('\0');
+  payload_.append(value);
+  payload_.push_back('\0');
+}
+
+}  // namespace OrvelParser
