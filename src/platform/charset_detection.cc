@@ -41,34 +41,34 @@ CHARSET DetectUnmarkedUtf16(const uint8_t* data, size_t size) {
   return Orvel::UnknownCharset;
 }
 
-namespace {
-
-// True when the bytes are UTF-8, but for a sequence cut off at their end.
-bool IsUtf8(const uint8_t* data, size_t size) {
+bool IsNonAsciiUtf8(const uint8_t* data, size_t size) {
+  // Only a sample cut from longer input may end inside a character.
+  const bool whole = size <= kGuessBytes;
+  size = std::min(size, kGuessBytes);
+  bool non_ascii = false;
   size_t i = 0;
   while (i < size) {
     if (data[i] < 0x80) {
       ++i;
       continue;
     }
-    const OrvelCharset::Decoded decoded = OrvelCharset::Utf8Codec::Decode(data + i, size - i, false);
-    if (decoded.length == 0) return true;  // cut off by the end of the sample
+    const OrvelCharset::Decoded decoded = OrvelCharset::Utf8Codec::Decode(data + i, size - i, whole);
+    non_ascii = true;
+    if (decoded.length == 0) break;
     // The decoder reads invalid bytes as U+FFFD; the character itself is
     // written EF BF BD.
     const bool literal = decoded.length == 3 && data[i] == 0xEF && data[i + 1] == 0xBF && data[i + 2] == 0xBD;
     if (decoded.code_point == OrvelCharset::kReplacementCharacter && !literal) return false;
     i += decoded.length;
   }
-  return true;
+  return non_ascii;
 }
-
-}  // namespace
 
 CHARSET GuessCharset(const uint8_t* data, size_t size) {
   size = std::min(size, kGuessBytes);
   const size_t non_ascii = std::count_if(data, data + size, [](uint8_t b) { return b >= 0x80; });
   if (non_ascii == 0) return size == 0 ? Orvel::UnknownCharset : Orvel::Windows1252Charset;
-  if (IsUtf8(data, size)) return Orvel::Utf8Charset;
+  if (IsNonAsciiUtf8(data, size)) return Orvel::Utf8Charset;
   // A few accented letters fit many 8-bit charsets equally well; the
   // detector's guess means something only with more evidence.
   if (non_ascii < kMinGuessEvidence) return Orvel::UnknownCharset;
@@ -85,6 +85,7 @@ CHARSET GuessCharset(const uint8_t* data, size_t size) {
 int DetectCharset(const uint8_t* data, size_t size, CHARSET& charset) {
   charset = DetectByteOrderMark(data, size).charset;
   if (charset == Orvel::UnknownCharset) charset = DetectUnmarkedUtf16(data, size);
+  if (charset == Orvel::UnknownCharset && IsNonAsciiUtf8(data, size)) charset = Orvel::Utf8Charset;
   if (charset == Orvel::UnknownCharset) charset = PrescanMetaCharset(data, size);
   if (charset == Orvel::UnknownCharset) charset = GuessCharset(data, size);
   return 0;

@@ -79,6 +79,18 @@ TEST(DetectCharset, AByteOrderMarkWinsOverADeclaration) {
   EXPECT_EQ(Detect("<meta charset=windows-1251>"), Cs(1251));
 }
 
+TEST(DetectCharset, ValidUtf8WinsOverADeclaration) {
+  // A page saved again as UTF-8 that still declares its old charset.
+  EXPECT_EQ(Detect("<meta charset=gb2312><p>\xE4\xBA\xBA</p>"), Orvel::Utf8Charset);
+  EXPECT_EQ(Detect("<meta charset=gb2312><p>\xC8\xCB</p>"), Cs(936));
+  // A character cut off by the end of the document is invalid; one cut off
+  // by the end of the sample is not.
+  EXPECT_FALSE(OrvelDetection::IsNonAsciiUtf8(U8("abc\xC3"), 4));
+  std::string long_text = std::string(OrvelDetection::kGuessBytes - 1, 'a') + "\xC3\xA9";
+  EXPECT_TRUE(OrvelDetection::IsNonAsciiUtf8(U8(long_text), long_text.size()));
+  EXPECT_FALSE(OrvelDetection::IsNonAsciiUtf8(U8("plain"), 5));
+}
+
 TEST(DetectCharset, TellsUnmarkedSixteenBitText) {
   const std::string page = "<html><head><title>Page</title></head><body>Text</body></html>";
   EXPECT_EQ(Detect(Convert(Orvel::Utf8Charset, Orvel::Utf16LECharset, page)), Orvel::Utf16LECharset);

@@ -244,6 +244,8 @@ TEST(HtmlDocParser, FindsTheCharsetAsBrowsersDo) {
   EXPECT_EQ(tree->DocumentCharset(), Cs(1251));
   EXPECT_EQ(Dump(tree->TopLevel()), expected);
   EXPECT_EQ(Dump(Parse(cp1251, Cs(1251))->TopLevel()), expected);
+  // Valid UTF-8 is UTF-8, whatever the page declares.
+  EXPECT_EQ(Parse(utf8, Orvel::UnknownCharset)->DocumentCharset(), Orvel::Utf8Charset);
   // A charset this system cannot convert counts as unknown.
   EXPECT_EQ(Parse(cp1251, Cs(4242))->DocumentCharset(), Cs(1251));
   // A byte-order mark wins over the given charset and the declaration.

@@ -1,6 +1,13 @@
-// Finding the character set of a document's bytes, the way browsers do:
+// Finding the character set of a document's bytes, much as browsers do:
 // a byte-order mark first, then a <meta> declaration near the start of the
-// document, then a statistical guess from the bytes themselves.
+// document, then a guess from the bytes themselves.
+//
+// Two steps come before the declaration, where browsers have none: 16-bit
+// text without a byte-order mark is told by its zero bytes, and bytes that
+// are valid UTF-8 with characters beyond ASCII are taken as UTF-8 whatever
+// the page declares. Pages re-saved as UTF-8 often keep the declaration of
+// their old charset, while text in any other charset is almost never valid
+// UTF-8 by chance.
 //
 // DetectCharset runs these steps and leaves UnknownCharset when none of them
 // can tell; SniffCharset adds the final default, Windows-1252, as browsers
@@ -55,15 +62,19 @@ inline constexpr size_t kGuessBytes = 1 << 20;
 inline constexpr size_t kMinGuessEvidence = 16;
 
 // A guess from the first kGuessBytes bytes themselves: Windows-1252 for pure
-// ASCII, UTF-8 for valid UTF-8, else the statistical detector's (uchardet)
+// ASCII, UTF-8 when IsNonAsciiUtf8, else the statistical detector's (uchardet)
 // when the bytes hold at least kMinGuessEvidence bytes above 0x7F.
 // UnknownCharset when there is no guess, or it names a charset this library
 // cannot convert.
 ZESTRA_EXPORT Orvel::CHARSET GuessCharset(const uint8_t* data, size_t size);
 
+// True when the first kGuessBytes bytes hold bytes above 0x7F and are valid
+// UTF-8 (but for a sequence that the kGuessBytes limit cuts off).
+ZESTRA_EXPORT bool IsNonAsciiUtf8(const uint8_t* data, size_t size);
+
 // Sets `charset` to the charset of the bytes: the byte-order mark, else
-// unmarked 16-bit text, else the <meta> prescan, else the statistical guess;
-// UnknownCharset when none of them tells. Returns 0 (the steps cannot fail;
+// unmarked 16-bit text, else UTF-8 when IsNonAsciiUtf8, else the <meta>
+// prescan, else GuessCharset; UnknownCharset when none of them tells. Returns 0 (the steps cannot fail;
 // the stream form below reports read failures).
 ZESTRA_EXPORT int DetectCharset(const uint8_t* data, size_t size, Orvel::CHARSET& charset);
 
