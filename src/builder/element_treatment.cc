@@ -2,45 +2,42 @@
 
 #include <initializer_list>
 
+#include "zestra/platform/html_keyword_table.h"
+
 namespace ZestraNS {
 namespace {
 
-// Keyword ids of the parser adapter that the tables layout treats specially.
-constexpr uint32_t kTheadId = 3;
-constexpr uint32_t kTfootId = 9;
-constexpr uint32_t kTrId = 15;
-constexpr uint32_t kTdId = 21;
-constexpr uint32_t kThId = 27;
-constexpr uint32_t kBrId = 28;
-constexpr uint32_t kAnchorId = 31;
-constexpr uint32_t kTbodyId = 39;
-constexpr uint32_t kTableId = 50;
-constexpr uint32_t kPreId = 54;
-constexpr uint32_t kTextId = 73;
-
-constexpr uint32_t kLinkAttribute = 0x40000;
+using K = OrvelParser::KeywordId;
+using Ids = std::initializer_list<uint32_t>;
 
 constexpr std::array<ElementTreatment, 256> TablesLayoutEntries() {
   std::array<ElementTreatment, 256> e{};
-  e[kTextId] = {.action = NodeAction::kText, .yields_to_link = false};
-  e[kPreId] = {.action = NodeAction::kPreformatted, .yields_to_link = false};
-  e[kBrId] = {.action = NodeAction::kLineBreak, .yields_to_link = false};
-  e[kTableId].action = NodeAction::kTable;
-  e[kAnchorId].anchor = true;
-  e[kTrId].table_role = TableRole::kRow;
-  e[kTdId].table_role = TableRole::kCell;
-  e[kThId].table_role = TableRole::kCell;
-  e[kTheadId].table_role = TableRole::kRowGroup;
-  e[kTbodyId].table_role = TableRole::kRowGroup;
-  e[kTfootId].table_role = TableRole::kFooterGroup;
-  for (uint32_t id : {12u, 18u, 40u, 42u, 44u, 46u}) e[id].close_before = e[id].close_after = true;
-  for (uint32_t id : {5u, 11u, 17u, 22u, 23u, 49u}) e[id].close_before = true;
-  e[33].close_after = true;
-  for (uint32_t id : {0u, 4u, 10u, 14u, 16u, 20u, 26u, 32u}) e[id].action = NodeAction::kSkip;
+  e[K::kIdText] = {.action = NodeAction::kText, .ignores_link = true};
+  e[K::kIdPre] = {.action = NodeAction::kPreformatted, .ignores_link = true};
+  e[K::kIdBr] = {.action = NodeAction::kLineBreak, .ignores_link = true};
+  e[K::kIdTable].action = NodeAction::kTable;
+  e[K::kIdAnchor].anchor = true;
+  e[K::kIdTr].table_role = TableRole::kRow;
+  e[K::kIdTd].table_role = TableRole::kCell;
+  e[K::kIdTh].table_role = TableRole::kCell;
+  e[K::kIdThead].table_role = TableRole::kRowGroup;
+  e[K::kIdTbody].table_role = TableRole::kRowGroup;
+  e[K::kIdTfoot].table_role = TableRole::kFooterGroup;
+  // Ids 23 and 49 close the paragraph before them although no element of
+  // the keyword table carries them.
+  for (uint32_t id : Ids{K::kIdParagraph, K::kIdDivision, K::kIdHeading, K::kIdList, K::kIdBlockQuote, K::kIdSection}) {
+    e[id].close_before = e[id].close_after = true;
+  }
+  for (uint32_t id : Ids{K::kIdListItem, K::kIdTerm, K::kIdDefinition, K::kIdCaption, 23u, 49u}) e[id].close_before = true;
+  e[K::kIdSummary].close_after = true;
+  for (uint32_t id : Ids{K::kIdScript, K::kIdStyle, K::kIdHead, K::kIdTemplate, K::kIdOptionList, K::kIdEmbedded, K::kIdGraphics,
+                      K::kIdFormControl}) {
+    e[id].action = NodeAction::kSkip;
+  }
   return e;
 }
 
-constexpr TreatmentTable kTablesLayout(TablesLayoutEntries(), kLinkAttribute);
+constexpr TreatmentTable kTablesLayout(TablesLayoutEntries(), OrvelParser::HtmlKeywordTable::kLinkAtt);
 
 }  // namespace
 

@@ -60,7 +60,7 @@ struct ElementTreatment {
   bool close_before = false;  // close the current paragraph before the node
   bool close_after = false;   // close it again once the node's children are done
   bool anchor = false;        // as a link: its text counts as in-link
-  bool yields_to_link = true; // the link attribute turns the action into kLink
+  bool ignores_link = false;  // the link attribute does not make it a link
   TableRole table_role = TableRole::kNone;
 };
 
@@ -77,10 +77,10 @@ class TreatmentTable {
 
   // The treatment of a node with the given keyword word: its id's entry,
   // turned into a link (without paragraph closing) when the word
-  // carries the link attribute and the entry yields to it.
+  // carries the link attribute and the entry does not ignore it.
   constexpr ElementTreatment Classify(uint32_t keyword_word) const {
     ElementTreatment t = ForId(keyword_word);
-    if ((keyword_word & link_attribute_) != 0 && t.yields_to_link) {
+    if ((keyword_word & link_attribute_) != 0 && !t.ignores_link) {
       t.action = NodeAction::kLink;
       t.close_before = false;
       t.close_after = false;

@@ -35,6 +35,7 @@ void TrimTrailingWhiteSpace(std::u16string& text) {
 // and counts its words into the cell.
 void AddItem(const std::u16string& text, unsigned position, unsigned length, KCell& cell, bool in_link) {
   SmartPtr<KCellItem> item = cell.AddCellItem();
+  if (!item) return;  // out of memory: the run is dropped
   item->AppendText(text, position, length);
   const unsigned words = CountWords(text);
   cell.AddWords(words);

@@ -1,0 +1,13 @@
+#include "zestra/api/document_tree.h"
+
+#include "builder/build_tree.h"
+
+namespace ZestraNS {
+
+Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset) {
+  Orvel::SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
+  BuildTreeFromStream(in, charset, root, nullptr);
+  return root;
+}
+
+}  // namespace ZestraNS

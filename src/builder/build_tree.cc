@@ -1,0 +1,31 @@
+#include "builder/build_tree.h"
+
+#include "builder/keyword_table.h"
+#include "builder/layout_walk.h"
+#include "zestra/platform/html_doc_parser.h"
+
+namespace ZestraNS {
+
+void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
+                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text) {
+  OrvelParser::HtmlDocTree tree(charset);
+  OrvelParser::HtmlDocParser parser(in, KeywordTable(), tree);
+  parser.Parse();  // success shows in the node count
+  BuildTreeFromDocTree(tree, root, attribute_text);
+}
+
+void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
+                          std::u16string* attribute_text) {
+  if (tree.NodeCount() == 0) return;
+  std::u16string title;
+  tree.GetText(title, OrvelParser::HtmlKeywordTable::kTitleAtt);
+  if (!title.empty() && attribute_text != nullptr) *attribute_text = title;
+
+  const OrvelParser::HtmlTreeNode::List& top = tree.TopLevel();
+  if (top.empty() || top.front()->Children().empty()) return;
+  Orvel::SmartPtr<KCell> content = root->CreateCell(0, 1);
+  if (!content) return;
+  AddNodesToCell(top.begin(), top.end(), content, false, false);
+}
+
+}  // namespace ZestraNS

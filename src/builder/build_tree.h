@@ -1,0 +1,42 @@
+// Builds the layout tree of one HTML document under a root table.
+//
+// The root (from the caller) has 1 column and at least 2 rows; the builder
+// puts the document's content into a new cell at column 0, row 1, replacing
+// whatever that slot held, and walks the parsed document into it
+// (layout_walk.h). A document that parses to no nodes, or whose first
+// top-level node has no children, builds no content cell.
+//
+// attribute_text (may be null) receives the document's title (the text of
+// the nodes with the title attribute) when the parse has nodes and that
+// text is not empty; otherwise the caller's string is left as it was.
+//
+// Thread-safety: a build uses only its own tree and the shared, read-only
+// keyword table; builds of different documents may run at once.
+#ifndef ZESTRA_BUILDER_BUILD_TREE_H_
+#define ZESTRA_BUILDER_BUILD_TREE_H_
+
+#include <string>
+
+#include "zestra/base/charset.h"
+#include "zestra/base/smart_ptr.h"
+#include "zestra/model/k_table.h"
+#include "zestra/platform/html_doc_tree.h"
+#include "zestra/stream/binary_stream_buf.h"
+
+namespace ZestraNS {
+
+// Parses the bytes `in` delivers from its get position (not rewound), in
+// `charset`, with the shared keyword table, and builds them under `root`.
+// Exceptions of the stream and the parser pass through.
+// REQUIRES: root is not null, with Cols() >= 1 and Rows() >= 2.
+void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
+                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text);
+
+// Builds an already parsed document under `root`; the tree is only read.
+// REQUIRES: as above.
+void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
+                          std::u16string* attribute_text);
+
+}  // namespace ZestraNS
+
+#endif  // ZESTRA_BUILDER_BUILD_TREE_H_

@@ -1,0 +1,30 @@
+// How the builder reads the parser's node lists. A range of sibling nodes
+// is a pair of NodeIterators into a HtmlTreeNode::List; the end of a list
+// serves as the "no node" marker.
+#ifndef ZESTRA_BUILDER_HTML_NODES_H_
+#define ZESTRA_BUILDER_HTML_NODES_H_
+
+#include <cstdint>
+#include <string>
+
+#include "zestra/platform/html_tree_node.h"
+
+namespace ZestraNS {
+
+using NodeEntry = OrvelParser::HtmlTreeNode::Entry;
+using NodeIterator = OrvelParser::HtmlTreeNode::List::const_iterator;
+
+inline uint32_t KeywordWord(const NodeEntry& entry) { return entry->Keyword(); }
+inline uint32_t SourcePosition(const NodeEntry& entry) { return entry->SourcePosition(); }
+inline uint32_t SourceLength(const NodeEntry& entry) { return entry->SourceLength(); }
+inline bool HasChildren(const NodeEntry& entry) { return !entry->Children().empty(); }
+inline NodeIterator ChildrenBegin(const NodeEntry& entry) { return entry->Children().begin(); }
+inline NodeIterator ChildrenEnd(const NodeEntry& entry) { return entry->Children().end(); }
+inline void GetText(const NodeEntry& entry, std::u16string& text) { entry->GetText(text); }
+inline void GetParam(const NodeEntry& entry, const std::string& name, std::string& value) {
+  entry->GetParam(name, value);
+}
+
+}  // namespace ZestraNS
+
+#endif  // ZESTRA_BUILDER_HTML_NODES_H_
