@@ -65,8 +65,8 @@ CHARSET DecodeDocument(Orvel::BinaryStreamBufT<unsigned int>& input, CHARSET cha
     converter = OrvelCharset::MakeConversionFunction(charset, Orvel::Utf8Charset);
   }
 
-  // UTF-8 and 8-bit text take about as many bytes as they had; 16-bit text
-  // half as many again at most for most scripts.
+  // Most documents are about as long in UTF-8 as in their own charset;
+  // reserving that spares most of the growing.
   const size_t remaining = input.vSize() > input.vTellG() ? input.vSize() - input.vTellG() : 0;
   utf8.reserve(std::min(max_bytes, have + remaining));
 

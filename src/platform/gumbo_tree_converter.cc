@@ -141,7 +141,10 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
         }
         list.push_back(entry);
         ++count;
-        if (element.children.length > 0) stack.push_back({&element.children, 0, &entry->Children()});
+        if (element.children.length > 0) {
+          entry->Children().reserve(element.children.length);  // comments aside, the exact size
+          stack.push_back({&element.children, 0, &entry->Children()});
+        }
         break;
       }
       case GUMBO_NODE_TEXT:
