@@ -16,6 +16,15 @@
 // Exceptions of the layers below (the parser, the streams, allocation) are
 // not caught and pass out of the call.
 //
+// Loading: the objects shared by all calls, the parser keyword table and
+// the builder's constant strings ("rowspan", "colspan", "\n", "\r\n"), are
+// namespace-scope constants of the library, built by the dynamic loader
+// when the library is loaded and destroyed when it is unloaded; nothing
+// else is set up. Windows hosts also expect the library to switch off its
+// per-thread attach and detach notifications (DisableThreadLibraryCalls);
+// the Linux loader sends no such notifications and the library keeps no
+// per-thread state, so there is nothing to switch off.
+//
 // Thread-safety: no locks and no state; calls on different arguments may
 // run at once on different threads. GetBeautifiedText calls the document
 // object on the caller's thread.
