@@ -12,11 +12,11 @@
 //  - "colspan" is capped at 1000 and "rowspan" at 65534, after the row
 //    span has been clamped to the rows that remain;
 //  - the grid holds at most max(slot budget, rows) slots, the slot budget
-//    being 1 << 22: the columns are limited to max(1, budget / rows). A span reaching past
-//    the limit covers only the columns inside it; a cell whose first free
-//    column lies outside the limit is an overflow cell of its row, whose
-//    content the table path puts into the row's last cell (see
-//    table_path.h), so no text is lost;
+//    being 1 << 22: the columns are limited to max(1, budget / rows). A
+//    span reaching past the limit covers only the columns inside it; a
+//    cell whose first free column lies outside the limit is an overflow
+//    cell of its row, whose content goes into the row's latest cell (see
+//    table_cells.h), so no text is lost;
 //  - the span marking of one table does at most 4 << 22 entry updates;
 //    once that is spent, further cells span one column and one row, so
 //    crafted overlapping spans cannot cost rows x columns each. Spans of a
