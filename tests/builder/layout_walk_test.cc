@@ -177,5 +177,39 @@ TEST(LayoutWalkTest, ClampedCellsKeepTheirText) {
   EXPECT_EQ(table.GetCell(1023, 2)->Col(), 1023u);
 }
 
+// Far deeper than any parser would deliver: the walk must not use a stack
+// frame per level.
+TEST(LayoutWalkTest, DeepTreesWalkWithoutRecursion) {
+  constexpr int kElements = 1000000;
+  Node inner = Text("deep");
+  for (int i = 0; i < kElements; ++i) inner = El(i % 2 ? ids::kIdDivision : kAnchor, {inner});
+  NodeList nodes = {inner};
+  inner = Node();
+  EXPECT_EQ(Walk(nodes),
+            "table 1x3 level 0\n"
+            "  cell 0,1 words 1 inlink 1 links 1 tables 0\n"
+            "    text \"deep\\n\\n\"\n");
+
+  constexpr int kTables = 100000;
+  Node cell_content = Text("deepest");
+  for (int i = 0; i < kTables; ++i) {
+    cell_content = El(ids::kIdTable, {El(ids::kIdTr, {El(ids::kIdTd, {cell_content})})});
+  }
+  nodes = {cell_content};
+  cell_content = Node();
+  SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
+  SmartPtr<KCell> cell = root->CreateCell(0, 1);
+  AddNodesToCell(nodes.begin(), nodes.end(), cell, false, false);
+  const KCell* current = cell.Get();
+  uint32_t levels = 0;
+  while (current->Tables() == 1) {
+    const KTable& nested = *(*current->Begin())->Table();
+    ASSERT_EQ(nested.Level(), ++levels);
+    current = nested.GetCell(0, 0).Get();
+  }
+  EXPECT_EQ(levels, static_cast<uint32_t>(kTables));
+  EXPECT_EQ((*current->Begin())->Text(), u"deepest\n\n");
+}
+
 }  // namespace
 }  // namespace ZestraNS
