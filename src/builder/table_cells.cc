@@ -26,6 +26,7 @@ bool TableCells::Next(NodeIterator& node, SmartPtr<KCell>& cell) {
       const NodeIterator at = entries[c].node;
       if (at == grid_.no_node || !HasChildren(*at)) continue;
       filled_ = row_cell_ = table_->CreateCell(static_cast<uint32_t>(c), row_);
+      if (!filled_) continue;  // out of memory: the cell's content is dropped
       node = at;
       cell = filled_;
       return true;
@@ -36,6 +37,7 @@ bool TableCells::Next(NodeIterator& node, SmartPtr<KCell>& cell) {
       if (!HasChildren(*at)) continue;
       if (!row_cell_) row_cell_ = table_->CreateCell(table_->Cols() - 1, row_);
       filled_ = row_cell_;
+      if (!filled_) continue;
       node = at;
       cell = filled_;
       return true;
