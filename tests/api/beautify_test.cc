@@ -75,10 +75,12 @@ TEST(BeautifyTest, StreamToText) {
   EXPECT_EQ(attribute_text, u"The Article");
   EXPECT_EQ(type, ContentDocument);
 
+  // A page without a title leaves the attribute text as it was.
   MemoryBuffer links(4096);
   Fill(links, kLinks);
-  EXPECT_TRUE(Beautify(links, Orvel::Utf8Charset, text, nullptr, &type));
+  EXPECT_TRUE(Beautify(links, Orvel::Utf8Charset, text, &attribute_text, &type));
   EXPECT_EQ(text, kLinksText);
+  EXPECT_EQ(attribute_text, u"The Article");
   EXPECT_EQ(type, LinkDocument);
 }
 

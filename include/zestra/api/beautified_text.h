@@ -42,8 +42,8 @@ inline constexpr HRESULT ZESTRA_S_NO_SOURCE_STRING = 0x00040002;
 // The charset of a document object's source could not be detected.
 inline constexpr HRESULT ZESTRA_E_CHARSET_NOT_DETECTED = static_cast<HRESULT>(0x80040001);
 // GetBeautifiedTextFromString got a source of a type it does not take, or
-// an array that is not one-dimensional or whose bounds or data cannot be
-// read.
+// an array that is not one-dimensional, whose bounds or data cannot be
+// read, or whose element size is not that of the type its tag names.
 inline constexpr HRESULT ZESTRA_E_UNSUPPORTED_SOURCE = static_cast<HRESULT>(0x80040003);
 
 extern "C" {

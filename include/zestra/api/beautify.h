@@ -72,7 +72,9 @@ ZESTRA_EXPORT bool Beautify(OrvelParser::HtmlDocTree& tree, Orvel::BinaryStreamB
                             std::u16string* attribute_text, DocumentType* type);
 
 // 4. Takes a page and its frames. `text` is emptied first and receives the
-// extracted text. Returns true when text was extracted.
+// extracted text. Returns true when text was extracted. Each partition's
+// bytes are read from its stream's get position and not rewound, so a
+// second call over the same partitions finds them consumed.
 ZESTRA_EXPORT bool Beautify(const HtmlDocPartitions& document, std::u16string& text,
                             std::u16string* attribute_text, DocumentType* type);
 
@@ -85,8 +87,8 @@ ZESTRA_EXPORT bool Beautify(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CH
                             Orvel::BinaryStreamBufT<unsigned int>& out, std::u16string* attribute_text,
                             DocumentType* type);
 
-// 6. Takes a page and its frames and writes the text straight into `out`,
-// with the result rule of overload 5.
+// 6. Takes a page and its frames (read as in overload 4) and writes the
+// text straight into `out`, with the result rule of overload 5.
 ZESTRA_EXPORT bool Beautify(const HtmlDocPartitions& document, Orvel::BinaryStreamBufT<unsigned int>& out,
                             std::u16string* attribute_text, DocumentType* type);
 
