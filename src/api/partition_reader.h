@@ -19,7 +19,9 @@
 //
 // Every interface obtained is released and every string obtained is freed
 // before a function returns, also when an exception passes through. The
-// recursion follows the frame nesting of the page.
+// recursion follows the frame nesting of the page; document objects whose
+// frames led back to an enclosing document would never end it (a browser
+// does not build such pages).
 //
 // Thread-safety: calls the document objects on the caller's thread; keeps
 // no state.
@@ -42,7 +44,8 @@ HRESULT ReadPartitionTree(IHTMLDocument2* document, HtmlDocPartitions& partition
 // Fills the one node `partition` from `document`, without frames. Returns:
 // - the failure of IPersistStreamInit::Save, with the stream and charset
 //   unchanged;
-// - ZESTRA_E_CHARSET_NOT_DETECTED when detection fails, with the same state;
+// - ZESTRA_E_CHARSET_NOT_DETECTED when the saved source cannot be read for
+//   detection or detection fails, with the same state;
 // - otherwise IStream::Stat's result. The partition has a new stream; if
 //   the memory behind the saved source cannot be locked, or converting or
 //   copying it throws, the stream keeps what was written and the charset is
@@ -51,8 +54,8 @@ HRESULT ReadPartitionTree(IHTMLDocument2* document, HtmlDocPartitions& partition
 //   no element (no stream then), get_outerHTML's result otherwise (the
 //   stream exists only when it succeeded).
 // The content type is set on every path: TextContent when the MIME-type
-// description equals "Text Document" in length and every unit, else
-// HtmlContent.
+// description, read up to its first null unit, equals "Text Document" in
+// length and every unit (case matters), else HtmlContent.
 // REQUIRES: document is not null.
 HRESULT ReadPartitionContent(IHTMLDocument2* document, HtmlDocPartitions& partition);
 
