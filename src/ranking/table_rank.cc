@@ -21,6 +21,9 @@ class ModelLevels {
 
 }  // namespace
 
+// The level lists hold counted references, this table's included: a table
+// that nobody holds is freed when the walk lets go of it, so callers hold a
+// SmartPtr to it during the call.
 double KTable::Rank(const KStatistics& document, const Orvel::SmartPtr<KRankParameters>& parameters) {
   ModelLevels tree;
   ranking_internal::LevelRanker<ModelLevels> ranker(tree, document, *parameters);
