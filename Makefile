@@ -9,8 +9,9 @@ JOBS ?= $(shell nproc)
 BUILD_TYPE ?= RelWithDebInfo
 SAMPLE ?= samples/article.html
 FUZZ_SECONDS ?= 60
+FUZZ_TARGETS := beautify_bytes_fuzzer beautified_text_from_string_fuzzer document_tree_fuzzer
 
-.PHONY: all deps build run test test-sanitize test-thread clean
+.PHONY: all deps build run test test-sanitize test-thread fuzz clean
 
 all: build
 
@@ -42,6 +43,25 @@ test-sanitize: deps
 	cmake --build build-sanitize -j$(JOBS)
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir build-sanitize --output-on-failure -j$(JOBS)
+
+# Builds the libFuzzer targets with clang under the address and
+# undefined-behaviour sanitizers and runs each for FUZZ_SECONDS. Inputs the
+# fuzzer finds worth keeping go to build-fuzz/corpus/<target> (the starting
+# corpus, tests/fuzz/corpus and samples/, is only read); a crashing input
+# is written to build-fuzz/findings/ and stops the run with an error.
+fuzz: PACKAGES += $(FUZZ_PACKAGES)
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DZESTRA_SANITIZE=ON -DZESTRA_FUZZ=ON -DZESTRA_BUILD_TESTS=OFF >/dev/null
+	cmake --build build-fuzz -j$(JOBS) --target $(FUZZ_TARGETS)
+	@mkdir -p build-fuzz/findings
+	@for t in $(FUZZ_TARGETS); do \
+	  mkdir -p build-fuzz/corpus/$$t; \
+	  echo "== $$t: $(FUZZ_SECONDS) s"; \
+	  build-fuzz/tests/fuzz/$$t -max_total_time=$(FUZZ_SECONDS) -timeout=60 -rss_limit_mb=4096 \
+	    -dict=tests/fuzz/html.dict -artifact_prefix=build-fuzz/findings/$$t- -print_final_stats=1 \
+	    build-fuzz/corpus/$$t tests/fuzz/corpus samples || exit 1; \
+	done
 
 clean:
 	rm -rf build build-sanitize build-thread build-fuzz
