@@ -1,0 +1,250 @@
+// The hostile corpus: inputs built here, in code, that aim at the limits of
+// the parser adapter, the builder and the walks. Each case runs one
+// extraction (Beautify over bytes) in a child process and checks that it
+// ends normally, that its output is the documented result, and that it
+// needed at most 20 times the input's size plus kFixedBytes of memory
+// (markup of more than one element per dozen bytes gets a wider factor:
+// see kElementDenseFactor). The ctest timeout of each case fails a hang; it
+// is generous, not a speed target.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <string>
+
+#include "hostile/isolated_run.h"
+#include "zestra/api/beautify.h"
+#include "zestra/api/document_tree.h"
+#include "zestra/base/charset.h"
+#include "zestra/model/k_cell.h"
+#include "zestra/model/k_cell_item.h"
+#include "zestra/model/k_table.h"
+#include "zestra/stream/memory_buffer.h"
+
+namespace zestra_hostile {
+namespace {
+
+using Orvel::CHARSET;
+using OrvelFile::MemoryBuffer;
+using ZestraNS::DocumentType;
+
+// Memory an extraction may need beyond 20 times its input: buffers of
+// fixed size, the keyword table's share, allocator slack.
+constexpr uint64_t kFixedBytes = 8u << 20;
+constexpr uint64_t kBytesPerInputByte = 20;
+// Gumbo keeps about 250 bytes per element node (the node, its attribute and
+// child arrays, each a separate allocation), and the adapter's own tree is
+// built while Gumbo's is alive. Markup with an element every 10 to 40 bytes
+// (a million bare links, tables nested without text) therefore needs 20 to
+// 35 times its size; these cases are held to this factor instead.
+constexpr uint64_t kElementDenseFactor = 40;
+
+// The result of one extraction.
+struct Extraction {
+  bool produced = false;
+  DocumentType type = ZestraNS::LinkDocument;
+  std::u16string text;
+};
+
+std::string Utf8(const std::u16string& text) {
+  std::string out;
+  for (char16_t unit : text) {
+    if (unit < 0x80) {
+      out.push_back(static_cast<char>(unit));
+    } else {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\u%04X", static_cast<unsigned>(unit));
+      out += hex;
+    }
+  }
+  return out;
+}
+
+// Describes `text` for a failure message: its length and its two ends.
+std::string Describe(const std::u16string& text) {
+  const size_t shown = 80;
+  if (text.size() <= 2 * shown) return "\"" + Utf8(text) + "\"";
+  return std::to_string(text.size()) + " units: \"" + Utf8(text.substr(0, shown)) + "...\" ... \"" +
+         Utf8(text.substr(text.size() - shown)) + "\"";
+}
+
+std::string ExpectContains(const Extraction& e, const std::u16string& part) {
+  if (e.text.find(part) != std::u16string::npos) return "";
+  return "the text lacks \"" + Utf8(part) + "\": " + Describe(e.text);
+}
+
+// Builds the input with `build`, extracts its text in a child process with
+// `charset`, and checks the outcome with `check` (empty string: passed).
+void ExpectHostile(const std::function<void(std::string&)>& build, CHARSET charset,
+                   const std::function<std::string(const Extraction&)>& check,
+                   uint64_t bytes_per_input_byte = kBytesPerInputByte) {
+  std::string input;
+  const IsolatedResult result = RunIsolated(
+      [&] {
+        build(input);
+        return static_cast<uint64_t>(input.size());
+      },
+      [&] {
+        Extraction e;
+        MemoryBuffer in(input.data(), static_cast<unsigned int>(input.size()), MemoryBuffer::kReadInPlace);
+        e.produced = ZestraNS::Beautify(in, charset, e.text, nullptr, &e.type);
+        return check(e);
+      });
+  EXPECT_TRUE(result.exited_cleanly) << result.failure;
+  EXPECT_EQ(result.failure, "");
+  if (SanitizedBuild()) {
+    std::printf("memory not checked: the sanitizers' shadow memory and quarantine dwarf the library's own\n");
+  } else if (!result.memory_measured) {
+    std::printf("memory not checked: this system cannot reset the peak resident size\n");
+  } else {
+    const uint64_t bound = bytes_per_input_byte * result.input_bytes + kFixedBytes;
+    std::printf("input %.1f MB, extraction peak %.1f MB (bound %.1f MB)\n", result.input_bytes / 1048576.0,
+                result.peak_bytes / 1048576.0, bound / 1048576.0);
+    EXPECT_LE(result.peak_bytes, bound) << "input of " << result.input_bytes << " bytes";
+  }
+}
+
+std::string Repeat(const std::string& part, size_t count) {
+  std::string out;
+  out.reserve(part.size() * count);
+  for (size_t i = 0; i < count; ++i) out += part;
+  return out;
+}
+
+TEST(HostileTest, TwentyThousandNestedElements) {
+  ExpectHostile(
+      [](std::string& in) { in = Repeat("<div>", 20000) + "deepest words" + Repeat("</div>", 20000); },
+      Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"deepest words"); });
+}
+
+TEST(HostileTest, TenThousandNestedTables) {
+  ExpectHostile(
+      [](std::string& in) {
+        in = Repeat("<table><tr><td>", 10000) + "innermost cell" + Repeat("</td></tr></table>", 10000);
+      },
+      Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"innermost cell"); },
+      kElementDenseFactor);
+}
+
+TEST(HostileTest, HugeSpansAreCapped) {
+  ExpectHostile(
+      [](std::string& in) {
+        in = "<table><tr><td colspan=2147483647 rowspan=99999999>wide cell</td><td>next cell</td></tr>"
+             "<tr><td>lower cell</td></tr></table>";
+      },
+      Orvel::Utf8Charset,
+      [](const Extraction& e) {
+        std::string failure = ExpectContains(e, u"wide cell");
+        if (failure.empty()) failure = ExpectContains(e, u"next cell");
+        if (failure.empty()) failure = ExpectContains(e, u"lower cell");
+        return failure;
+      });
+}
+
+TEST(HostileTest, FiftyMegabyteTextNode) {
+  constexpr size_t kWords = 50u << 20 >> 3;  // 8 bytes per word: 50 MiB
+  ExpectHostile(
+      [](std::string& in) { in = "<p>" + Repeat("abcdefg ", kWords); },
+      Orvel::Utf8Charset,
+      [](const Extraction& e) -> std::string {
+        // White space runs inside a text item are kept as written; the
+        // paragraph ends in its separator.
+        if (e.text.size() < 8 * kWords - 1) return "text too short: " + Describe(e.text);
+        return e.text.compare(0, 16, u"abcdefg abcdefg ") == 0 ? "" : "unexpected text: " + Describe(e.text);
+      });
+}
+
+TEST(HostileTest, MillionLinks) {
+  ExpectHostile(
+      [](std::string& in) {
+        in.reserve(48u << 20);
+        for (int i = 0; i < 1000000; ++i) {
+          in += "<a href=\"/item/" + std::to_string(i) + "\">Item " + std::to_string(i) + "</a>\n";
+        }
+      },
+      Orvel::Utf8Charset,
+      [](const Extraction& e) -> std::string {
+        if (e.type != ZestraNS::LinkDocument) return "not a link document";
+        std::string failure = ExpectContains(e, u"Item 0 ");
+        return failure.empty() ? ExpectContains(e, u"Item 999999") : failure;
+      },
+      kElementDenseFactor);
+}
+
+// All 256 byte values, in order, many times over, in the charsets that read
+// them differently: every value must be converted or replaced, never stop
+// the parse.
+TEST(HostileTest, EveryByteValue) {
+  for (const int32_t charset : {-1, 1201, 1252, 65001, 932, 50220, 12000}) {
+    SCOPED_TRACE(charset);
+    ExpectHostile(
+        [](std::string& in) {
+          std::string all(256, '\0');
+          for (int i = 0; i < 256; ++i) all[i] = static_cast<char>(i);
+          in = Repeat(all, 4096);
+        },
+        static_cast<CHARSET>(charset), [](const Extraction&) { return std::string(); });
+  }
+}
+
+// NUL bytes inside tag names, attribute names and values, and text: a NUL
+// in a tag becomes U+FFFD, one in text is dropped, as browsers do, and the
+// parse goes on.
+TEST(HostileTest, NulBytesInTagsAndText) {
+  ExpectHostile(
+      [](std::string& in) {
+        in = std::string("<p cl\0ass=\"a\0b\">be\0fore</p\0><di\0v>after</div><p>tail\0</p>", 57);
+      },
+      Orvel::Utf8Charset,
+      [](const Extraction& e) {
+        std::string failure = ExpectContains(e, u"before");
+        return failure.empty() ? ExpectContains(e, u"tail\n") : failure;
+      });
+}
+
+TEST(HostileTest, TruncatedMultiByteSequences) {
+  // UTF-8: a three-byte sequence cut inside the text and at the end.
+  ExpectHostile([](std::string& in) { in = "<p>one \xE2\x82 two \xF0\x9F\x98"; }, Orvel::Utf8Charset,
+                [](const Extraction& e) { return ExpectContains(e, u"one \uFFFD two \uFFFD"); });
+  // Shift_JIS: a lead byte without its trail byte at the end.
+  ExpectHostile([](std::string& in) { in = "<p>\x82\xa0 end \x82"; }, static_cast<CHARSET>(932),
+                [](const Extraction& e) { return ExpectContains(e, u"\u3042 end \uFFFD"); });
+  // UTF-16: an odd byte count, and a high surrogate without its low half.
+  ExpectHostile(
+      [](std::string& in) {
+        const std::u16string text = u"<p>wide text \xD83D";
+        in.assign(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+        in.push_back('x');
+      },
+      Orvel::Utf16LECharset, [](const Extraction& e) { return ExpectContains(e, u"wide text \uFFFD"); });
+}
+
+// A page that declares one charset and is written in another: valid UTF-8
+// beyond ASCII wins over the declaration when no charset is given.
+TEST(HostileTest, MetaCharsetThatLies) {
+  ExpectHostile(
+      [](std::string& in) {
+        in = "<html><head><meta charset=\"shift_jis\"></head><body><p>caf\xC3\xA9 na\xC3\xAFve \xE2\x80\x94 "
+             "\xE6\x97\xA5\xE6\x9C\xAC</p></body></html>";
+      },
+      Orvel::UnknownCharset, [](const Extraction& e) { return ExpectContains(e, u"caf\u00E9 na\u00EFve \u2014 \u65E5\u672C"); });
+  // A declaration of UTF-16 in a page of 8-bit bytes is read as UTF-8, as
+  // browsers do.
+  ExpectHostile(
+      [](std::string& in) { in = "<meta charset=utf-16><p>plain caf\xC3\xA9</p>"; }, Orvel::UnknownCharset,
+      [](const Extraction& e) { return ExpectContains(e, u"plain caf\u00E9"); });
+}
+
+TEST(HostileTest, TenMegabyteUnclosedComment) {
+  ExpectHostile(
+      [](std::string& in) { in = "<p>before the comment</p><!--" + std::string(10u << 20, 'c'); },
+      Orvel::Utf8Charset,
+      [](const Extraction& e) -> std::string {
+        if (e.text.find(u"ccc") != std::u16string::npos) return "comment text leaked: " + Describe(e.text);
+        return ExpectContains(e, u"before the comment");
+      });
+}
+
+}  // namespace
+}  // namespace zestra_hostile
