@@ -44,6 +44,14 @@ test-sanitize: deps
 	ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --test-dir build-sanitize --output-on-failure -j$(JOBS)
 
+# The concurrency test under ThreadSanitizer: only its program is built,
+# since the rest of the suite runs single-threaded.
+test-thread: deps
+	cmake -S . -B build-thread -DCMAKE_BUILD_TYPE=Debug -DZESTRA_SANITIZE=thread >/dev/null
+	cmake --build build-thread -j$(JOBS) --target threads_test
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+	  ctest --test-dir build-thread --output-on-failure --no-tests=error -R '^ConcurrentExtractionTest\.'
+
 # Builds the libFuzzer targets with clang under the address and
 # undefined-behaviour sanitizers and runs each for FUZZ_SECONDS. Inputs the
 # fuzzer finds worth keeping go to build-fuzz/corpus/<target> (the starting
