@@ -1,0 +1,108 @@
+// The UTF-8 interface of the library: one call takes the bytes of an HTML
+// document and returns its main text, its title, its document type and the
+// charset its bytes were read in, all as UTF-8.
+//
+//   #include <zestra/zestra.h>
+//
+//   zestra::Result page = zestra::Extract(html_bytes);
+//   std::cout << page.title << "\n\n" << page.text;
+//
+// Extract runs the same engine as ZestraNS::Beautify over bytes
+// (zestra/api/beautify.h) and gives the same text, converted from UTF-16 to
+// UTF-8. Programs in other languages use the C interface, zestra_c.h.
+//
+// Thread-safety: Extract keeps no state between calls and takes no lock;
+// any number of threads may call it at once, also on the same bytes.
+#ifndef ZESTRA_ZESTRA_H_
+#define ZESTRA_ZESTRA_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "zestra/export.h"
+
+// The version of these headers. zestra::Version() gives that of the library
+// a program runs with.
+#define ZESTRA_VERSION_MAJOR 0
+#define ZESTRA_VERSION_MINOR 1
+#define ZESTRA_VERSION_PATCH 0
+
+namespace zestra {
+
+// The charset value that asks Extract to find the charset itself, as a
+// browser does: a byte-order mark, else 16-bit text told by its zero bytes,
+// else bytes that are valid UTF-8 beyond ASCII, else a <meta> declaration
+// in the first 1024 bytes, else a statistical guess, else windows-1252.
+inline constexpr int kSniffCharset = -1;
+
+// Extract reads at most this many bytes of a document (4 GiB - 1); bytes
+// beyond are ignored. The text parsed is further limited to 1 GiB of UTF-8.
+inline constexpr std::size_t kMaxInputBytes = 0xFFFFFFFFu;
+
+// What a document is made of, judged from its share of words inside links.
+enum class DocumentType : int {
+  // Nearly every word lies inside a link, with few words outside links per
+  // link: a page of links, such as a site map or an index. Its whole text
+  // is returned, unranked. A document without words is one too.
+  kLinks = 0,
+  // Every other document. Only the text of the tables that win the ranking
+  // is returned: the article, without navigation, link lists and footers.
+  kContent = 1,
+};
+
+// How Extract reads a document. New fields are added at the end with a
+// default that keeps the behaviour of earlier versions.
+struct Options {
+  // The code page of the bytes (65001 UTF-8, 1252 windows-1252, 1201
+  // UTF-16LE, 1251 windows-1251, 932 Shift_JIS, ...; CharsetFromLabel maps
+  // a name to it), or kSniffCharset. A byte-order mark at the start of the
+  // bytes overrides it; a code page the library cannot convert is sniffed
+  // as kSniffCharset is.
+  int charset = kSniffCharset;
+  // True: return every text of the document, unranked, whatever its type.
+  bool whole_text = false;
+};
+
+// What Extract found. Every string is UTF-8.
+struct Result {
+  // The main text: paragraphs end with a blank line, table cells with a
+  // line feed. Empty when the document has none (an empty or binary input,
+  // a page without words).
+  std::string text;
+  // The document's title, with white space runs made one space; empty when
+  // it has none.
+  std::string title;
+  // See DocumentType.
+  DocumentType type = DocumentType::kLinks;
+  // The code page the bytes were read in: the one asked for, the one a
+  // byte-order mark announced, or the one found by sniffing.
+  int charset = kSniffCharset;
+  // The name of `charset` in lower case, as the WHATWG Encoding Standard
+  // spells it: "utf-8", "windows-1252", "shift_jis", "utf-16le".
+  std::string charset_name;
+};
+
+// Extracts the main text of the HTML document in `bytes` (at most
+// kMaxInputBytes of them are read). Any bytes are accepted: markup is
+// repaired as browsers repair it, and bytes that are invalid in the charset
+// become U+FFFD. Throws std::bad_alloc when memory runs out.
+ZESTRA_EXPORT Result Extract(std::string_view bytes, const Options& options = {});
+
+// The code page named by `label`: a label of the WHATWG Encoding Standard
+// ("utf-8", "latin1", "Shift_JIS", "gb2312"; case and surrounding white
+// space do not matter) or a decimal code page number the library supports
+// ("1252", "65001"). kSniffCharset when the library knows no such charset.
+ZESTRA_EXPORT int CharsetFromLabel(std::string_view label);
+
+// The lower-case WHATWG name of a code page ("windows-1252"); empty when the
+// library does not support it. Synonyms give the name of their charset
+// (28591, ISO-8859-1, gives "windows-1252", as browsers read it).
+ZESTRA_EXPORT std::string CharsetName(int charset);
+
+// The version of the library, "MAJOR.MINOR.PATCH".
+ZESTRA_EXPORT const char* Version();
+
+}  // namespace zestra
+
+#endif  // ZESTRA_ZESTRA_H_

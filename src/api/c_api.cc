@@ -1,0 +1,95 @@
+#include "zestra/zestra_c.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "zestra/zestra.h"
+
+namespace {
+
+// The size of the options as the first published header laid them out;
+// smaller options are refused.
+constexpr size_t kMinOptionsSize = offsetof(zestra_options, whole_text) + sizeof(int);
+
+// A field added to zestra_options later is read only when options->size
+// reaches past it, and keeps its default otherwise.
+zestra::Options CppOptions(const zestra_options* options) {
+  zestra::Options cpp;
+  if (options == nullptr) return cpp;
+  cpp.charset = options->charset;
+  cpp.whole_text = options->whole_text != 0;
+  return cpp;
+}
+
+// Copies `text` with a NUL after it to `*cursor` and moves the cursor past
+// the copy. Returns where the copy starts.
+const char* Place(const std::string& text, char** cursor) {
+  char* start = *cursor;
+  std::memcpy(start, text.data(), text.size());
+  start[text.size()] = '\0';
+  *cursor += text.size() + 1;
+  return start;
+}
+
+// A zestra_result in one malloc block: the struct, then the text, the title
+// and the charset name, each with its NUL. Null when memory runs out.
+zestra_result* NewResult(const zestra::Result& cpp) {
+  const size_t bytes = sizeof(zestra_result) + cpp.text.size() + cpp.title.size() + cpp.charset_name.size() + 3;
+  void* block = std::malloc(bytes);
+  if (block == nullptr) return nullptr;
+  auto* result = static_cast<zestra_result*>(block);
+  char* cursor = static_cast<char*>(block) + sizeof(zestra_result);
+  result->text = Place(cpp.text, &cursor);
+  result->text_size = cpp.text.size();
+  result->title = Place(cpp.title, &cursor);
+  result->title_size = cpp.title.size();
+  result->type = cpp.type == zestra::DocumentType::kContent ? ZESTRA_CONTENT_DOCUMENT : ZESTRA_LINK_DOCUMENT;
+  result->charset = cpp.charset;
+  result->charset_name = Place(cpp.charset_name, &cursor);
+  return result;
+}
+
+}  // namespace
+
+extern "C" {
+
+void zestra_options_init(zestra_options* options) {
+  if (options == nullptr) return;
+  const zestra::Options defaults;
+  options->size = sizeof(zestra_options);
+  options->charset = defaults.charset;
+  options->whole_text = defaults.whole_text ? 1 : 0;
+}
+
+zestra_status zestra_extract(const void* bytes, size_t size, const zestra_options* options,
+                             zestra_result** result) {
+  if (result == nullptr) return ZESTRA_INVALID_ARGUMENT;
+  *result = nullptr;
+  if ((bytes == nullptr && size > 0) || (options != nullptr && options->size < kMinOptionsSize)) {
+    return ZESTRA_INVALID_ARGUMENT;
+  }
+  // No exception may leave a C function.
+  try {
+    const std::string_view input(static_cast<const char*>(bytes), bytes == nullptr ? 0 : size);
+    *result = NewResult(zestra::Extract(input, CppOptions(options)));
+    return *result != nullptr ? ZESTRA_OK : ZESTRA_OUT_OF_MEMORY;
+  } catch (const std::bad_alloc&) {
+    return ZESTRA_OUT_OF_MEMORY;
+  } catch (...) {
+    return ZESTRA_INTERNAL_ERROR;
+  }
+}
+
+void zestra_result_free(zestra_result* result) { std::free(result); }
+
+int zestra_charset_from_label(const char* label) {
+  if (label == nullptr) return ZESTRA_CHARSET_SNIFF;
+  return zestra::CharsetFromLabel(label);
+}
+
+const char* zestra_version(void) { return zestra::Version(); }
+
+}  // extern "C"

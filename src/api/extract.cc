@@ -1,0 +1,116 @@
+#include "zestra/zestra.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string>
+
+#include "api/extract_text.h"
+#include "builder/build_tree.h"
+#include "builder/keyword_table.h"
+#include "zestra/base/charset.h"
+#include "zestra/model/k_statistics.h"
+#include "zestra/model/k_table.h"
+#include "zestra/platform/charset_conversion.h"
+#include "zestra/platform/charset_names.h"
+#include "zestra/platform/html_doc_parser.h"
+#include "zestra/platform/html_doc_tree.h"
+#include "zestra/stream/memory_buffer.h"
+#include "zestra/traversal/zestra_text_extractor.h"
+
+namespace zestra {
+namespace {
+
+using StreamBuf = Orvel::BinaryStreamBufT<unsigned int>;
+
+// Initial capacity, in bytes, of the buffer the UTF-16 text is written to.
+constexpr unsigned int kTextBufferCapacity = 4096;
+
+#define ZESTRA_STRINGIFY_(x) #x
+#define ZESTRA_STRINGIFY(x) ZESTRA_STRINGIFY_(x)
+constexpr const char kVersion[] = ZESTRA_STRINGIFY(ZESTRA_VERSION_MAJOR) "." ZESTRA_STRINGIFY(
+    ZESTRA_VERSION_MINOR) "." ZESTRA_STRINGIFY(ZESTRA_VERSION_PATCH);
+
+// Writes the whole text of the tree under `root`, unranked, and returns the
+// type its counters give (which the whole text does not depend on).
+ZestraNS::DocumentType ExtractWholeText(const Orvel::SmartPtr<ZestraNS::KTable>& root, StreamBuf& out) {
+  ZestraNS::KStatistics document;
+  root->Statistics(document, 0xFFFFFFFFu);
+  ZestraNS::ZestraTextExtractor extractor(root, true, nullptr);
+  extractor.GetText(&out);
+  return ZestraNS::ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
+}
+
+// The UTF-8 form of the UTF-16LE units that `buffer` holds.
+std::string Utf8Text(StreamBuf& buffer) {
+  std::string text;
+  if (buffer.vSize() == 0) return text;
+  std::u16string units;
+  units.reserve(buffer.vSize() / 2);
+  buffer.DiscardLookAhead();
+  buffer.vSeekG(0, Orvel::kSeekBegin, Orvel::kSeekAbsolute);
+  buffer.Copy(units, StreamBuf::kAll);
+  OrvelCharset::AppendUtf8(units.data(), units.size(), text);
+  return text;
+}
+
+std::string Utf8(const std::u16string& units) {
+  std::string text;
+  OrvelCharset::AppendUtf8(units.data(), units.size(), text);
+  return text;
+}
+
+}  // namespace
+
+Result Extract(std::string_view bytes, const Options& options) {
+  // The parse happens here rather than inside the builder so that the
+  // charset the parser settled on can be reported; the tree built from it
+  // is the one BuildTreeFromStream would build.
+  const unsigned int size = static_cast<unsigned int>(std::min(bytes.size(), kMaxInputBytes));
+  OrvelFile::MemoryBuffer input(bytes.data(), size, OrvelFile::MemoryBuffer::kReadInPlace);
+  OrvelParser::HtmlDocTree tree(static_cast<Orvel::CHARSET>(options.charset));
+  OrvelParser::HtmlDocParser(input, ZestraNS::KeywordTable(), tree).Parse();
+
+  Result result;
+  std::u16string title;
+  Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
+  ZestraNS::BuildTreeFromDocTree(tree, root, &title);
+
+  OrvelFile::MemoryBuffer text(kTextBufferCapacity);
+  ZestraNS::DocumentType type = ZestraNS::LinkDocument;
+  if (options.whole_text) {
+    type = ExtractWholeText(root, text);
+  } else {
+    ZestraNS::ExtractText(root, text, &type);
+  }
+  root = nullptr;  // the tree is not needed for the conversion
+
+  result.text = Utf8Text(text);
+  result.title = Utf8(title);
+  result.type = type == ZestraNS::ContentDocument ? DocumentType::kContent : DocumentType::kLinks;
+  result.charset = tree.DocumentCharset();
+  result.charset_name = CharsetName(result.charset);
+  return result;
+}
+
+int CharsetFromLabel(std::string_view label) {
+  const Orvel::CHARSET named = OrvelCharset::CharsetFromLabel(label);
+  if (named != Orvel::UnknownCharset) return named;
+  int number = 0;
+  const char* end = label.data() + label.size();
+  const auto [stop, error] = std::from_chars(label.data(), end, number);
+  if (label.empty() || error != std::errc() || stop != end) return kSniffCharset;
+  return OrvelCharset::CanonicalCharset(static_cast<Orvel::CHARSET>(number));
+}
+
+std::string CharsetName(int charset) {
+  const char* name = OrvelCharset::CharsetName(static_cast<Orvel::CHARSET>(charset));
+  std::string lower = name != nullptr ? name : "";
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
+
+const char* Version() { return kVersion; }
+
+}  // namespace zestra

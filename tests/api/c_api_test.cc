@@ -1,0 +1,103 @@
+#include "zestra/zestra_c.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "zestra/zestra.h"
+
+namespace {
+
+const char kPage[] =
+    "<html><head><title>C side</title><meta charset=utf-8></head><body>"
+    "<table><tr><td><a href=/a>Home</a> <a href=/b>News</a></td>"
+    "<td><p>Plain words that a C program reads back through the result, with no link among them at "
+    "all and enough of them to carry the page.</p></td></tr></table></body></html>";
+
+// The bytes of a result string, checked against its size and its NUL.
+std::string Bytes(const char* text, size_t size) {
+  EXPECT_EQ(text[size], '\0');
+  return std::string(text, size);
+}
+
+TEST(CApiTest, ResultMatchesCppInterface) {
+  zestra_result* result = nullptr;
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), nullptr, &result), ZESTRA_OK);
+  ASSERT_NE(result, nullptr);
+  const zestra::Result cpp = zestra::Extract(kPage);
+  EXPECT_EQ(Bytes(result->text, result->text_size), cpp.text);
+  EXPECT_EQ(Bytes(result->title, result->title_size), "C side");
+  EXPECT_EQ(result->type, ZESTRA_CONTENT_DOCUMENT);
+  EXPECT_EQ(result->charset, 65001);
+  EXPECT_STREQ(result->charset_name, "utf-8");
+  EXPECT_EQ(result->text, std::strstr(result->text, "Plain words"));  // no navigation
+  zestra_result_free(result);
+
+  zestra_options options;
+  zestra_options_init(&options);
+  EXPECT_EQ(options.size, sizeof(zestra_options));
+  EXPECT_EQ(options.charset, ZESTRA_CHARSET_SNIFF);
+  EXPECT_EQ(options.whole_text, 0);
+  options.whole_text = 1;
+  options.charset = 1252;
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
+  EXPECT_EQ(std::strncmp(result->text, "Home News\n", 10), 0) << result->text;
+  EXPECT_EQ(result->charset, 1252);
+  zestra_result_free(result);
+}
+
+TEST(CApiTest, NullAndEmptyArguments) {
+  zestra_result* result = reinterpret_cast<zestra_result*>(0x1);
+  EXPECT_EQ(zestra_extract(kPage, 4, nullptr, nullptr), ZESTRA_INVALID_ARGUMENT);
+  EXPECT_EQ(zestra_extract(nullptr, 4, nullptr, &result), ZESTRA_INVALID_ARGUMENT);
+  EXPECT_EQ(result, nullptr);  // cleared on failure
+
+  // No bytes at all is an empty page.
+  ASSERT_EQ(zestra_extract(nullptr, 0, nullptr, &result), ZESTRA_OK);
+  EXPECT_EQ(result->text_size, 0u);
+  EXPECT_STREQ(result->text, "");
+  EXPECT_STREQ(result->title, "");
+  EXPECT_EQ(result->type, ZESTRA_LINK_DOCUMENT);
+  zestra_result_free(result);
+
+  zestra_result_free(nullptr);
+  zestra_options_init(nullptr);
+  EXPECT_EQ(zestra_charset_from_label(nullptr), ZESTRA_CHARSET_SNIFF);
+}
+
+TEST(CApiTest, OptionsSizeDecidesWhatIsRead) {
+  zestra_result* result = nullptr;
+  zestra_options options;
+  zestra_options_init(&options);
+
+  // Options from a header older than any published one are refused.
+  options.size = offsetof(zestra_options, whole_text);
+  EXPECT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_INVALID_ARGUMENT);
+  EXPECT_EQ(result, nullptr);
+  options.size = 0;
+  EXPECT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_INVALID_ARGUMENT);
+
+  // Options from a newer header, with fields this library does not know,
+  // are read as far as it knows them.
+  struct Newer {
+    zestra_options known;
+    int layout;
+  } newer;
+  zestra_options_init(&newer.known);
+  newer.known.size = sizeof(Newer);
+  newer.known.whole_text = 1;
+  newer.layout = 7;
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &newer.known, &result), ZESTRA_OK);
+  EXPECT_EQ(std::strncmp(result->text, "Home", 4), 0);
+  zestra_result_free(result);
+}
+
+TEST(CApiTest, LabelsAndVersion) {
+  EXPECT_EQ(zestra_charset_from_label("latin1"), 1252);
+  EXPECT_EQ(zestra_charset_from_label("65001"), 65001);
+  EXPECT_EQ(zestra_charset_from_label("no-such-charset"), ZESTRA_CHARSET_SNIFF);
+  EXPECT_STREQ(zestra_version(), zestra::Version());
+}
+
+}  // namespace
