@@ -22,6 +22,10 @@ using BSTR = OLECHAR*;
 // the 32-bit prefix.
 inline constexpr UINT kMaxBstrLength = 0x7FFFFFFF;
 
+// C linkage, as the platform's own functions have, so that hosts in other
+// languages can find them by name in the shared library.
+extern "C" {
+
 // A new BSTR holding the units of the null-terminated `text` (without the
 // terminator). Returns null when `text` is null or memory cannot be had. The
 // caller owns the result.
@@ -42,5 +46,6 @@ ZESTRA_EXPORT UINT SysStringByteLen(BSTR text);
 // Frees `text`; null is ignored. REQUIRES: `text` came from SysAllocString or
 // SysAllocStringLen and was not freed yet.
 ZESTRA_EXPORT void SysFreeString(BSTR text);
+}  // extern "C"
 
 #endif  // ZESTRA_PLATFORM_COM_BSTR_H_

@@ -25,6 +25,10 @@ inline constexpr UINT GMEM_FIXED = 0x0000;
 inline constexpr UINT GMEM_MOVEABLE = 0x0002;
 inline constexpr UINT GMEM_ZEROINIT = 0x0040;
 
+// C linkage, as the platform's own functions have, so that hosts in other
+// languages can find them by name in the shared library.
+extern "C" {
+
 // A new block of `bytes` bytes; null when memory cannot be had. The caller
 // owns it (GlobalFree).
 ZESTRA_EXPORT HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes);
@@ -48,5 +52,6 @@ ZESTRA_EXPORT SIZE_T GlobalSize(HGLOBAL block);
 // Frees the block and its handle; null is ignored. Returns null. Addresses
 // from GlobalLock become invalid.
 ZESTRA_EXPORT HGLOBAL GlobalFree(HGLOBAL block);
+}  // extern "C"
 
 #endif  // ZESTRA_PLATFORM_COM_HGLOBAL_H_

@@ -17,6 +17,10 @@
 #include "zestra/platform/com/hglobal.h"
 #include "zestra/platform/com/stream.h"
 
+// C linkage, as the platform's own functions have, so that hosts in other
+// languages can find them by name in the shared library.
+extern "C" {
+
 // Makes a stream over `block`, or over a new empty block when `block` is
 // null; the stream's data are the block's bytes and its position is 0. The
 // stream starts with one reference, stored in `*stream`. With
@@ -29,5 +33,6 @@ ZESTRA_EXPORT HRESULT CreateStreamOnHGlobal(HGLOBAL block, BOOL delete_on_releas
 // The stream still owns it as before. Returns S_OK, or E_INVALIDARG for null
 // arguments or a stream of another kind.
 ZESTRA_EXPORT HRESULT GetHGlobalFromStream(IStream* stream, HGLOBAL* block);
+}  // extern "C"
 
 #endif  // ZESTRA_PLATFORM_COM_HGLOBAL_STREAM_H_

@@ -47,6 +47,10 @@ inline constexpr USHORT FADF_UNKNOWN = 0x0200;
 inline constexpr USHORT FADF_DISPATCH = 0x0400;
 inline constexpr USHORT FADF_VARIANT = 0x0800;
 
+// C linkage, as the platform's own functions have, so that hosts in other
+// languages can find them by name in the shared library.
+extern "C" {
+
 // A new array of `dims` dimensions with the given bounds (leftmost dimension
 // first) and elements of type `vt`: VT_I1, VT_UI1, VT_I2, VT_UI2, VT_BOOL,
 // VT_I4, VT_UI4, VT_INT, VT_UINT, VT_ERROR, VT_R4, VT_R8, VT_I8, VT_UI8,
@@ -106,5 +110,6 @@ ZESTRA_EXPORT HRESULT SafeArrayGetElement(SAFEARRAY* array, const LONG* indices,
 // A deep copy of `array` in `*copy` (null for a null array). E_INVALIDARG
 // for a null `copy`, E_OUTOFMEMORY.
 ZESTRA_EXPORT HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** copy);
+}  // extern "C"
 
 #endif  // ZESTRA_PLATFORM_COM_SAFE_ARRAY_H_

@@ -86,6 +86,10 @@ static_assert(sizeof(VARIANT) == 16, "VARIANT must keep the platform's 16-byte l
 
 using VARIANTARG = VARIANT;
 
+// C linkage, as the platform's own functions have, so that hosts in other
+// languages can find them by name in the shared library.
+extern "C" {
+
 // Makes `v` empty (VT_EMPTY) without looking at what it held.
 ZESTRA_EXPORT void VariantInit(VARIANT* v);
 
@@ -102,5 +106,6 @@ ZESTRA_EXPORT HRESULT VariantClear(VARIANT* v);
 // destination is then empty), or a VariantClear failure (nothing changed).
 // Copying a variant onto itself does nothing.
 ZESTRA_EXPORT HRESULT VariantCopy(VARIANT* destination, const VARIANT* source);
+}  // extern "C"
 
 #endif  // ZESTRA_PLATFORM_COM_VARIANT_H_
