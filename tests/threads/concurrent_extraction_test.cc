@@ -1,6 +1,7 @@
 // Extraction on eight threads at once: every entry point that takes a
-// document (the Beautify overloads over bytes, over a parsed tree and over
-// partitions, and GetBeautifiedTextFromString) run concurrently over
+// document (zestra::Extract, the Beautify overloads over bytes, over a
+// parsed tree and over partitions, and GetBeautifiedTextFromString) run
+// concurrently over
 // different pages gives exactly what it gives on one thread. Built with
 // -DZESTRA_SANITIZE=thread (`make test-thread`) this also lets
 // ThreadSanitizer look for races in everything the calls share: the keyword
@@ -27,6 +28,7 @@
 #include "zestra/platform/html_doc_tree.h"
 #include "zestra/stream/binary_stream.h"
 #include "zestra/stream/memory_buffer.h"
+#include "zestra/zestra.h"
 
 namespace {
 
@@ -40,6 +42,9 @@ constexpr size_t kPagesPerThread = 2;
 // Everything one page gives through each entry point, as bytes for easy
 // comparison.
 struct Results {
+  std::string extracted;            // zestra::Extract: text
+  std::string extracted_title;      // its title
+  int extracted_charset = 0;        // the charset it read the page in
   std::u16string from_bytes;        // overload 1
   std::u16string from_bytes_title;  // its attribute text
   std::string streamed;             // overload 5
@@ -82,6 +87,13 @@ Results ExtractAll(const std::string& page) {
   DocumentType type = ZestraNS::LinkDocument;
   const auto note = [&r, &type](int call) { r.types |= static_cast<int>(type) << call; };
   const auto size = static_cast<unsigned int>(page.size());
+  {
+    const zestra::Result result = zestra::Extract(page);
+    r.extracted = result.text;
+    r.extracted_title = result.title;
+    r.extracted_charset = result.charset;
+    r.types |= static_cast<int>(result.type) << 6;
+  }
   {
     MemoryBuffer in(page.data(), size, MemoryBuffer::kReadInPlace);
     ZestraNS::Beautify(in, Orvel::Utf8Charset, r.from_bytes, &r.from_bytes_title, &type);

@@ -1,0 +1,143 @@
+#include "staged_extraction.h"
+
+#include <gumbo.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "api/extract_text.h"
+#include "builder/build_tree.h"
+#include "builder/keyword_table.h"
+#include "platform/document_decoder.h"
+#include "platform/gumbo_tree_converter.h"
+#include "zestra/api/beautify.h"
+#include "zestra/model/k_statistics.h"
+#include "zestra/model/k_table.h"
+#include "zestra/platform/html_doc_tree.h"
+#include "zestra/stream/memory_buffer.h"
+#include "zestra/traversal/zestra_text_extractor.h"
+
+namespace zestra_bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using OrvelFile::MemoryBuffer;
+
+// Adds the time since the last lap to one stage at each call.
+class Laps {
+ public:
+  explicit Laps(StageTimes& times) : times_(times), last_(Clock::now()) {}
+  void To(Stage stage) {
+    const Clock::time_point now = Clock::now();
+    times_.seconds[stage] += std::chrono::duration<double>(now - last_).count();
+    last_ = now;
+  }
+  // Restarts the clock without booking the time since the last lap.
+  void Skip() { last_ = Clock::now(); }
+
+ private:
+  StageTimes& times_;
+  Clock::time_point last_;
+};
+
+// Gumbo's own parse and release of `utf8`, as the adapter calls it.
+void ParseWithGumboAlone(const std::string& utf8) {
+  if (utf8.empty()) return;
+  GumboOptions options = kGumboDefaultOptions;
+  options.max_errors = 0;
+  GumboOutput* output = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
+  if (output != nullptr) gumbo_destroy_output(&options, output);
+}
+
+}  // namespace
+
+const char* StageName(Stage stage) {
+  switch (stage) {
+    case kCharset:
+      return "charset conversion";
+    case kGumbo:
+      return "HTML parsing (Gumbo)";
+    case kConversion:
+      return "Gumbo tree to nodes";
+    case kLayout:
+      return "layout tree building";
+    case kRanking:
+      return "statistics and ranking";
+    case kWriting:
+      return "text writing";
+    case kFreeing:
+      return "freeing the trees";
+    case kStageCount:
+      break;
+  }
+  return "?";
+}
+
+double StageTimes::Total() const {
+  double total = 0;
+  for (double s : seconds) total += s;
+  return total;
+}
+
+StageTimes& StageTimes::operator+=(const StageTimes& other) {
+  for (int i = 0; i < kStageCount; ++i) seconds[i] += other.seconds[i];
+  return *this;
+}
+
+std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times) {
+  Laps laps(times);
+  MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
+  std::string utf8;
+  const Orvel::CHARSET read_as = OrvelParser::DecodeDocument(in, charset, utf8);
+  auto tree = std::make_unique<OrvelParser::HtmlDocTree>(charset);
+  laps.To(kCharset);
+
+  OrvelParser::GumboTreeConverter::Parse(utf8, ZestraNS::KeywordTable(), *tree, read_as);
+  laps.To(kConversion);
+  // Gumbo alone on the same text: its time moves from our share to Gumbo's.
+  StageTimes gumbo_alone;
+  Laps gumbo_lap(gumbo_alone);
+  ParseWithGumboAlone(utf8);
+  gumbo_lap.To(kGumbo);
+  times.seconds[kGumbo] += gumbo_alone.seconds[kGumbo];
+  times.seconds[kConversion] -= gumbo_alone.seconds[kGumbo];
+  laps.Skip();
+
+  Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
+  std::u16string title;
+  ZestraNS::BuildTreeFromDocTree(*tree, root, &title);
+  laps.To(kLayout);
+
+  ZestraNS::KStatistics document;
+  root->Statistics(document, 0xFFFFFFFFu);
+  const ZestraNS::DocumentType type =
+      ZestraNS::ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
+  std::optional<ZestraNS::ZestraTextExtractor> extractor;
+  extractor.emplace(root, type == ZestraNS::LinkDocument, nullptr);
+  laps.To(kRanking);
+
+  MemoryBuffer buffer(4096);
+  extractor->GetText(&buffer);
+  std::u16string text;
+  text.reserve(buffer.vSize() / 2);
+  buffer.DiscardLookAhead();
+  buffer.vSeekG(0, Orvel::kSeekBegin, Orvel::kSeekAbsolute);
+  buffer.Copy(text, 0xFFFFFFFFu);
+  laps.To(kWriting);
+
+  extractor.reset();
+  root = nullptr;
+  tree.reset();
+  laps.To(kFreeing);
+  return text;
+}
+
+std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset) {
+  MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
+  std::u16string text;
+  ZestraNS::Beautify(in, charset, text, nullptr, nullptr);
+  return text;
+}
+
+}  // namespace zestra_bench

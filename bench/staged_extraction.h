@@ -1,0 +1,70 @@
+// StagedExtraction runs the extraction of Beautify over bytes (overload 1)
+// stage by stage through the library's internal functions, timing each
+// stage, so that the shares of the stages come from one and the same run
+// and add up to a real extraction:
+//
+//   charset      DecodeDocument: detection and conversion to UTF-8
+//   parse        GumboTreeConverter::Parse: Gumbo's parse, the conversion
+//                of Gumbo's tree into HtmlTreeNodes, and freeing Gumbo's tree
+//   layout       BuildTreeFromDocTree: the layout tree and the title
+//   ranking      the document statistics and type (as ExtractText does),
+//                and the ZestraTextExtractor constructor: winner selection
+//                and the counting walk
+//   writing      GetText into a working buffer, and the copy of the buffer
+//                into the wide string
+//   freeing      releasing the layout tree and the parsed document
+//
+// The parse stage mixes Gumbo's work with ours. To split it, the same UTF-8
+// text is also parsed and freed by Gumbo alone, right after the stage; that
+// time is Gumbo's share of the stage, and the rest of the stage (the node
+// conversion, the depth check before freeing) is ours. This extra parse is
+// not part of the extraction and not in the total.
+//
+// Thread-safety: an object is used by one thread; objects on different
+// threads are independent.
+#ifndef ZESTRA_BENCH_STAGED_EXTRACTION_H_
+#define ZESTRA_BENCH_STAGED_EXTRACTION_H_
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "zestra/base/charset.h"
+
+namespace zestra_bench {
+
+enum Stage : int {
+  kCharset,
+  kGumbo,       // Gumbo's share of the parse stage
+  kConversion,  // the rest of the parse stage: ours
+  kLayout,
+  kRanking,
+  kWriting,
+  kFreeing,
+  kStageCount,
+};
+
+// The name of `stage` for reports.
+const char* StageName(Stage stage);
+
+// Seconds spent per stage, summed over extractions.
+struct StageTimes {
+  std::array<double, kStageCount> seconds{};
+
+  double Total() const;
+  // Everything but Gumbo's share: the stages that are this library's.
+  double Ours() const { return Total() - seconds[kGumbo]; }
+  StageTimes& operator+=(const StageTimes& other);
+};
+
+// Extracts the text of `page`, read in `charset`, as Beautify over bytes
+// does, adding the time of each stage to `times`; returns the text.
+std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times);
+
+// The same extraction through the public entry point, untimed.
+std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset);
+
+}  // namespace zestra_bench
+
+#endif  // ZESTRA_BENCH_STAGED_EXTRACTION_H_
