@@ -86,23 +86,24 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
 
   // Element names of unknown tags, lower-cased for the keyword table.
   std::string name;
-  const auto word_of = [&](const GumboElement& element) -> uint32_t {
+  using Keyword = HtmlKeywordTable::Keyword;
+  const auto keyword_of = [&](const GumboElement& element) -> Keyword {
     if (element.tag_namespace != GUMBO_NAMESPACE_HTML) {
       // Only the roots of SVG and MathML islands carry their own word: an
       // SVG <title> or <a> is not the document's.
       const bool root = element.tag == GUMBO_TAG_SVG || element.tag == GUMBO_TAG_MATH;
-      return root ? keywords.WordForTag(element.tag) : static_cast<uint32_t>(kIdOther);
+      return root ? keywords.ForTag(element.tag) : Keyword();
     }
-    if (element.tag != GUMBO_TAG_UNKNOWN) return keywords.WordForTag(element.tag);
+    if (element.tag != GUMBO_TAG_UNKNOWN) return keywords.ForTag(element.tag);
     GumboStringPiece tag = element.original_tag;
     gumbo_tag_from_original_text(&tag);
     name.assign(tag.data == nullptr ? "" : tag.data, tag.length);
     for (char& c : name) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c;
-    return keywords.Word(name);
+    return keywords.Find(name);
   };
-  const auto make_node = [](uint32_t keyword, size_t position, size_t length) {
-    HtmlTreeNode::Entry entry(new HtmlTreeNode(keyword, static_cast<uint32_t>(position),
-                                               static_cast<uint32_t>(length)));
+  const auto make_node = [](Keyword keyword, size_t position, size_t length) {
+    HtmlTreeNode::Entry entry(new HtmlTreeNode(keyword.word, static_cast<uint32_t>(position),
+                                               static_cast<uint32_t>(length), keyword.element));
     if (!entry) throw std::bad_alloc();
     return entry;
   };
@@ -134,7 +135,7 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
         if (length > 0 && element.original_end_tag.length > 0) {
           length = element.end_pos.offset + element.original_end_tag.length - start;
         }
-        HtmlTreeNode::Entry entry = make_node(word_of(element), start, length);
+        HtmlTreeNode::Entry entry = make_node(keyword_of(element), start, length);
         for (unsigned i = 0; i < element.attributes.length; ++i) {
           const auto* attribute = static_cast<const GumboAttribute*>(element.attributes.data[i]);
           entry->AddParam(attribute->name, attribute->value);
@@ -152,7 +153,7 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
       case GUMBO_NODE_CDATA: {
         if (top) break;  // the top-level list holds elements only
         const GumboText& text = node.v.text;
-        HtmlTreeNode::Entry entry = make_node(kIdText, text.start_pos.offset, text.original_text.length);
+        HtmlTreeNode::Entry entry = make_node(Keyword{kIdText, kNoElement}, text.start_pos.offset, text.original_text.length);
         entry->SetText(text.text);
         list.push_back(std::move(entry));
         ++count;

@@ -46,7 +46,8 @@ struct HtmlElementRow {
   uint32_t attributes;  // NodeAtt bits, above bit 7
 };
 
-// Every row; names are unique.
+// Every row; names are unique. A row's position (from 1) is its element's
+// ElementNumber, so rows are only ever appended.
 std::span<const HtmlElementRow> HtmlElementTable();
 
 }  // namespace OrvelParser

@@ -3,29 +3,38 @@
 #include <gumbo.h>
 
 #include <algorithm>
+#include <span>
 
 #include "platform/html_element_table.h"
 
 namespace OrvelParser {
 
 HtmlKeywordTable::HtmlKeywordTable(int prt_type) {
-  for (const HtmlElementRow& row : HtmlElementTable()) {
-    words_by_name_.emplace_back(row.name, row.id | row.attributes);
+  const std::span<const HtmlElementRow> rows = HtmlElementTable();
+  for (size_t i = 0; i < rows.size(); ++i) {
+    by_name_.emplace_back(rows[i].name, Keyword{rows[i].id | rows[i].attributes, static_cast<ElementNumber>(i + 1)});
   }
-  std::sort(words_by_name_.begin(), words_by_name_.end());
-  words_by_tag_.resize(GUMBO_TAG_LAST, kIdOther);
+  std::sort(by_name_.begin(), by_name_.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  by_tag_.resize(GUMBO_TAG_LAST);
   for (unsigned tag = 0; tag < GUMBO_TAG_UNKNOWN; ++tag) {
-    words_by_tag_[tag] = Word(gumbo_normalized_tagname(static_cast<GumboTag>(tag)));
+    by_tag_[tag] = Find(gumbo_normalized_tagname(static_cast<GumboTag>(tag)));
   }
 }
 
 HtmlKeywordTable::~HtmlKeywordTable() = default;
 
-uint32_t HtmlKeywordTable::Word(std::string_view name) const {
-  const auto it = std::lower_bound(words_by_name_.begin(), words_by_name_.end(), name,
+HtmlKeywordTable::Keyword HtmlKeywordTable::Find(std::string_view name) const {
+  const auto it = std::lower_bound(by_name_.begin(), by_name_.end(), name,
                                    [](const auto& row, std::string_view key) { return row.first < key; });
-  if (it == words_by_name_.end() || it->first != name) return kIdOther;
+  if (it == by_name_.end() || it->first != name) return Keyword();
   return it->second;
+}
+
+std::string_view HtmlKeywordTable::ElementName(ElementNumber element) {
+  const std::span<const HtmlElementRow> rows = HtmlElementTable();
+  if (element == kNoElement || element > rows.size()) return {};
+  return rows[element - 1].name;
 }
 
 }  // namespace OrvelParser

@@ -37,18 +37,27 @@ void HtmlTreeNode::GetText(std::u16string& text) const {
 }
 
 void HtmlTreeNode::GetParam(const std::string& name, std::string& value) const {
-  value.clear();
-  if (IsText()) return;
+  std::string_view found;
+  if (FindParam(name, found)) {
+    value.assign(found);
+  } else {
+    value.clear();
+  }
+}
+
+bool HtmlTreeNode::FindParam(std::string_view name, std::string_view& value) const {
+  if (IsText()) return false;
   std::string_view rest = payload_;
   while (!rest.empty()) {
     const size_t name_end = rest.find('\0');
     const size_t value_end = rest.find('\0', name_end + 1);
     if (rest.substr(0, name_end) == name) {
-      value.assign(rest.substr(name_end + 1, value_end - name_end - 1));
-      return;
+      value = rest.substr(name_end + 1, value_end - name_end - 1);
+      return true;
     }
     rest.remove_prefix(value_end + 1);
   }
+  return false;
 }
 
 void HtmlTreeNode::AddParam(std::string_view name, std::string_view value) {

@@ -136,6 +136,47 @@ TEST(HtmlKeywordTable, ElementTableIsConsistent) {
   EXPECT_EQ(ids.count(49), 0u);
 }
 
+TEST(HtmlKeywordTable, ElementNumbersTellElementsOfOneIdApart) {
+  const HtmlKeywordTable& k = Keywords();
+  const auto rows = OrvelParser::HtmlElementTable();
+  for (size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(k.Element(rows[i].name), i + 1) << rows[i].name;
+    EXPECT_EQ(HtmlKeywordTable::ElementName(static_cast<OrvelParser::ElementNumber>(i + 1)), rows[i].name);
+  }
+  EXPECT_EQ(k.Word("nav"), k.Word("footer"));
+  EXPECT_NE(k.Element("nav"), k.Element("footer"));
+  EXPECT_EQ(k.Element("my-widget"), OrvelParser::kNoElement);
+  EXPECT_EQ(HtmlKeywordTable::ElementName(OrvelParser::kNoElement), "");
+  EXPECT_EQ(HtmlKeywordTable::ElementName(static_cast<OrvelParser::ElementNumber>(rows.size() + 1)), "");
+}
+
+TEST(HtmlDocParser, NodesKnowTheirElementAndWhichAttributesArePresent) {
+  const auto tree = Parse("<nav hidden class=\"\" ARIA-HIDDEN=true>x</nav><my-box>y</my-box><svg><a>z</a></svg>");
+  const HtmlTreeNode* nav = Find(*tree, OrvelParser::kIdSection);
+  ASSERT_NE(nav, nullptr);
+  EXPECT_EQ(nav->Name(), "nav");
+  EXPECT_EQ(nav->Element(), Keywords().Element("nav"));
+  std::string_view value = "stale";
+  EXPECT_TRUE(nav->FindParam("hidden", value));
+  EXPECT_EQ(value, "");
+  EXPECT_TRUE(nav->FindParam("class", value));
+  EXPECT_EQ(value, "");
+  EXPECT_TRUE(nav->FindParam("aria-hidden", value));
+  EXPECT_EQ(value, "true");
+  EXPECT_FALSE(nav->FindParam("id", value));
+  EXPECT_FALSE(nav->FindParam("hidde", value));
+  EXPECT_EQ(nav->Children()[0]->Name(), "");  // a text node
+  EXPECT_FALSE(nav->Children()[0]->FindParam("hidden", value));
+  const HtmlTreeNode* custom = Find(*tree, OrvelParser::kIdOther);
+  ASSERT_NE(custom, nullptr);
+  EXPECT_EQ(custom->Name(), "");
+  // Inside SVG only the root has an element: the <a> there is not a link.
+  const HtmlTreeNode* svg = Find(*tree, OrvelParser::kIdGraphics);
+  ASSERT_NE(svg, nullptr);
+  EXPECT_EQ(svg->Name(), "svg");
+  EXPECT_EQ(svg->Children()[0]->Element(), OrvelParser::kNoElement);
+}
+
 TEST(HtmlDocParser, BuildsTheTreeOfADocument) {
   const auto tree = Parse(
       "<!-- first --><!DOCTYPE html><html><head><title> My \n  Page </title>"

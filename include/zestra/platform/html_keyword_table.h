@@ -9,6 +9,10 @@
 // the table does not name (custom elements, unknown tags) and elements
 // inside SVG or MathML other than their <svg> and <math> roots get kIdOther.
 //
+// Beside the word, each element the table names has an element number
+// (ElementNumber) that tells it apart from the other elements of its id: a
+// layout that treats a nav unlike a section (both kIdSection) asks for it.
+//
 // Thread-safety: immutable after construction; any number of threads may
 // read one table.
 #ifndef ZESTRA_PLATFORM_HTML_KEYWORD_TABLE_H_
@@ -74,6 +78,11 @@ enum KeywordId : uint32_t {
   kIdMap = 13,          // map
 };
 
+// Identifies one element of the element table: 1 to the number of rows.
+// kNoElement for text nodes and for elements the table does not name.
+using ElementNumber = uint16_t;
+inline constexpr ElementNumber kNoElement = 0;
+
 class ZESTRA_EXPORT HtmlKeywordTable {
  public:
   // Attribute bits of a keyword word (a bit mask above bits 0 to 7).
@@ -94,20 +103,34 @@ class ZESTRA_EXPORT HtmlKeywordTable {
   // The keyword word of the HTML element named `name` (lower case, as HTML
   // parsers report names); kIdOther with no attributes for names the table
   // does not know.
-  uint32_t Word(std::string_view name) const;
+  uint32_t Word(std::string_view name) const { return Find(name).word; }
+
+  // The element number of the element named `name` (lower case);
+  // kNoElement for names the table does not know.
+  ElementNumber Element(std::string_view name) const { return Find(name).element; }
+
+  // The lower-case name of element `element`; empty for kNoElement and for
+  // numbers beyond the table.
+  static std::string_view ElementName(ElementNumber element);
 
  private:
   friend class GumboTreeConverter;
 
-  // The word of an HTML element by the parser's tag number; the converter
-  // passes names of tags it has no number for to Word.
-  uint32_t WordForTag(unsigned tag) const {
-    return tag < words_by_tag_.size() ? words_by_tag_[tag] : static_cast<uint32_t>(kIdOther);
-  }
+  // What the table says of one element.
+  struct Keyword {
+    uint32_t word = kIdOther;
+    ElementNumber element = kNoElement;
+  };
 
-  std::vector<uint32_t> words_by_tag_;
+  Keyword Find(std::string_view name) const;
+
+  // The keyword of an HTML element by the parser's tag number; the
+  // converter passes names of tags it has no number for to Find.
+  Keyword ForTag(unsigned tag) const { return tag < by_tag_.size() ? by_tag_[tag] : Keyword(); }
+
+  std::vector<Keyword> by_tag_;
   // Rows of the element table by name, sorted for binary search.
-  std::vector<std::pair<std::string_view, uint32_t>> words_by_name_;
+  std::vector<std::pair<std::string_view, Keyword>> by_name_;
 };
 
 }  // namespace OrvelParser

@@ -37,10 +37,12 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   // An ordered list of nodes; its end() is the "no node" position.
   using List = std::vector<Entry>;
 
-  // A node with the given keyword word, no text, no attributes and no
-  // children. `length` 0 means the node has no span in the source.
-  HtmlTreeNode(uint32_t keyword, uint32_t source_position, uint32_t source_length) noexcept
-      : keyword_(keyword), source_position_(source_position), source_length_(source_length) {}
+  // A node with the given keyword word and element number, no text, no
+  // attributes and no children. `length` 0 means the node has no span in
+  // the source.
+  HtmlTreeNode(uint32_t keyword, uint32_t source_position, uint32_t source_length,
+               ElementNumber element = kNoElement) noexcept
+      : keyword_(keyword), source_position_(source_position), source_length_(source_length), element_(element) {}
   HtmlTreeNode(const HtmlTreeNode&) = delete;
   HtmlTreeNode& operator=(const HtmlTreeNode&) = delete;
   // Releases the children without recursion: the subtrees this node held the
@@ -54,6 +56,13 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
     return (keyword_ & attribute) != 0;
   }
   bool IsText() const noexcept { return Id() == kIdText; }
+
+  // Which element of the element table this is (see html_keyword_table.h),
+  // finer than the keyword id: a nav and a footer share an id but not an
+  // element number. kNoElement for text nodes and unnamed elements.
+  ElementNumber Element() const noexcept { return element_; }
+  // The element's lower-case name; empty when Element() is kNoElement.
+  std::string_view Name() const { return HtmlKeywordTable::ElementName(element_); }
 
   // Where the node begins in the source and how many bytes it spans: a text
   // node its text as written (character references undecoded); an element
@@ -81,6 +90,11 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   // the element has no such attribute. Text nodes have no attributes.
   void GetParam(const std::string& name, std::string& value) const;
 
+  // Whether the element has the attribute `name` (lower case); when it has,
+  // `value` views its value, valid until the node changes or goes. Unlike
+  // GetParam this tells an absent attribute from an empty one (`hidden`).
+  bool FindParam(std::string_view name, std::string_view& value) const;
+
   // Building. REQUIRES (SetText): IsText(). REQUIRES (AddParam): !IsText();
   // an attribute whose name or value holds a NUL character is not kept.
   void SetText(std::string_view utf8) { payload_.assign(utf8); }
@@ -90,6 +104,7 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   uint32_t keyword_;
   uint32_t source_position_;
   uint32_t source_length_;
+  ElementNumber element_;  // fills what would be padding before children_
   List children_;
   // A text node's UTF-8 text; an element's attributes, each as its name, a
   // NUL, its value and a NUL (the parser replaces NULs in names and values).
