@@ -1,0 +1,171 @@
+#include "extract_command.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include <utility>
+
+#include "ordered_runner.h"
+#include "page_list.h"
+#include "page_reader.h"
+#include "progress.h"
+#include "zestra/zestra.h"
+
+namespace zestra_tool {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+// What became of one page.
+struct Outcome {
+  std::string error;  // empty on success; else the message without "zestra: "
+  zestra::Result result;
+  uintmax_t bytes = 0;  // bytes read
+};
+
+const char* TypeName(zestra::DocumentType type) {
+  return type == zestra::DocumentType::kContent ? "content" : "links";
+}
+
+// One page as a line of JSON (no line feed). Paths that are not UTF-8 get
+// U+FFFD in place of their bad bytes.
+std::string JsonRecord(const std::string& path, const Outcome& outcome) {
+  Json record;
+  record["path"] = path;
+  if (!outcome.error.empty()) {
+    record["error"] = outcome.error;
+  } else {
+    record["title"] = outcome.result.title;
+    record["type"] = TypeName(outcome.result.type);
+    record["charset"] = outcome.result.charset_name;
+    record["text"] = outcome.result.text;
+  }
+  return record.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+class ExtractRun {
+ public:
+  ExtractRun(const ExtractSettings& settings, std::vector<PageEntry> pages, bool batch)
+      : settings_(settings),
+        pages_(std::move(pages)),
+        batch_(batch),
+        json_(settings.format == "json" || (settings.format.empty() && batch)),
+        progress_(stderr, batch && !settings.quiet && (settings.progress || isatty(STDERR_FILENO)), pages_.size(),
+                  TotalBytes()) {}
+
+  int Run() {
+    RunOrdered<Outcome>(
+        pages_.size(), settings_.jobs, [this](std::size_t i) { return Work(i); },
+        [this](std::size_t i, Outcome& outcome) { Deliver(i, outcome); }, [this] { progress_.Draw(); });
+    if (std::fflush(stdout) != 0) {
+      progress_.Clear();
+      std::fprintf(stderr, "zestra: cannot write standard output: %s\n",
+                   std::generic_category().message(errno).c_str());
+      return kExitError;
+    }
+    if (batch_ && !settings_.quiet) progress_.Summary();
+    if (progress_.Failures() == 0) return kExitOk;
+    return progress_.Failures() < pages_.size() ? kExitSomeFailed : kExitError;
+  }
+
+ private:
+  uintmax_t TotalBytes() const {
+    uintmax_t total = 0;
+    for (const PageEntry& page : pages_) total += page.size;
+    return total;
+  }
+
+  // Runs on a worker thread.
+  Outcome Work(std::size_t index) {
+    const PageEntry& page = pages_[index];
+    Outcome outcome;
+    if (!page.error.empty()) {
+      outcome.error = page.error;
+      return outcome;
+    }
+    std::string bytes;
+    std::string reason;
+    if (!ReadPage(page.path, bytes, reason, zestra::kMaxInputBytes)) {
+      outcome.error = "cannot read '" + page.path + "': " + reason;
+      return outcome;
+    }
+    outcome.bytes = bytes.size();
+    try {
+      zestra::Options options;
+      options.charset = settings_.charset;
+      options.whole_text = settings_.whole;
+      outcome.result = zestra::Extract(bytes, options);
+    } catch (const std::bad_alloc&) {
+      outcome.error = "cannot extract '" + page.path + "': out of memory";
+      return outcome;
+    }
+    if (!settings_.out_dir.empty()) WriteFile(page, outcome);
+    return outcome;
+  }
+
+  // Writes the page's output under --out-dir; a failure becomes the page's
+  // error.
+  void WriteFile(const PageEntry& page, Outcome& outcome) const {
+    fs::path target = fs::path(settings_.out_dir) / page.relative;
+    target += json_ ? ".json" : ".txt";
+    std::error_code error;
+    fs::create_directories(target.parent_path(), error);
+    if (error && !fs::is_directory(target.parent_path())) {
+      outcome.error = "cannot write '" + target.string() + "': " + error.message();
+      return;
+    }
+    std::ofstream file(target, std::ios::binary | std::ios::trunc);
+    if (json_) {
+      file << JsonRecord(page.path, outcome) << '\n';
+    } else {
+      file << outcome.result.text;
+    }
+    file.close();
+    if (!file) {
+      outcome.error = "cannot write '" + target.string() + "': " + std::generic_category().message(errno);
+    }
+  }
+
+  // Runs on the calling thread, in input order.
+  void Deliver(std::size_t index, const Outcome& outcome) {
+    const bool failed = !outcome.error.empty();
+    progress_.PageDone(outcome.bytes, failed);
+    if (failed) {
+      progress_.Clear();
+      std::fprintf(stderr, "zestra: %s\n", outcome.error.c_str());
+    }
+    if (settings_.out_dir.empty()) {
+      if (json_ && (!failed || batch_)) {
+        const std::string line = JsonRecord(pages_[index].path, outcome) + '\n';
+        std::fwrite(line.data(), 1, line.size(), stdout);
+      } else if (!failed) {
+        std::fwrite(outcome.result.text.data(), 1, outcome.result.text.size(), stdout);
+      }
+    }
+    progress_.Draw(failed);
+  }
+
+  const ExtractSettings& settings_;
+  const std::vector<PageEntry> pages_;
+  const bool batch_;
+  const bool json_;  // records instead of plain text
+  Progress progress_;
+};
+
+}  // namespace
+
+int RunExtract(const ExtractSettings& settings) {
+  bool batch = false;
+  std::vector<std::string> inputs = settings.inputs;
+  if (inputs.empty()) inputs.push_back("-");
+  std::vector<PageEntry> pages = ListPages(inputs, &batch);
+  return ExtractRun(settings, std::move(pages), batch).Run();
+}
+
+}  // namespace zestra_tool

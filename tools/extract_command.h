@@ -1,0 +1,43 @@
+// `zestra extract`: the main text of one page to standard output, or of
+// many pages as JSON Lines or as one file per page under --out-dir.
+#ifndef ZESTRA_TOOLS_EXTRACT_COMMAND_H_
+#define ZESTRA_TOOLS_EXTRACT_COMMAND_H_
+
+#include <string>
+#include <vector>
+
+namespace zestra_tool {
+
+// Exit statuses of the tool.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitSomeFailed = 1;  // a batch in which some pages failed
+inline constexpr int kExitError = 2;       // a usage error, or nothing could be done
+
+struct ExtractSettings {
+  // Files, directories and "-" (standard input); none means "-".
+  std::vector<std::string> inputs;
+  // The code page to read the pages in, or zestra::kSniffCharset.
+  int charset = -1;
+  // The whole text, unranked.
+  bool whole = false;
+  // "text", "json", or empty: text for one page, JSON Lines for a batch.
+  std::string format;
+  // Pages extracted at once, at least 1.
+  unsigned jobs = 1;
+  // Empty: write to standard output; else the folder that receives one
+  // file per page.
+  std::string out_dir;
+  // Progress bar: forced on, or silenced (with the summary line). Without
+  // either it is shown when standard error is a terminal.
+  bool progress = false;
+  bool quiet = false;
+};
+
+// Runs the command and returns the exit status: kExitOk, kExitSomeFailed
+// when some pages failed and some succeeded, kExitError when every page
+// failed. Each failure is reported as one line on standard error.
+int RunExtract(const ExtractSettings& settings);
+
+}  // namespace zestra_tool
+
+#endif  // ZESTRA_TOOLS_EXTRACT_COMMAND_H_

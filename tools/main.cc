@@ -1,0 +1,116 @@
+// The zestra command-line tool: argument parsing and dispatch to the
+// commands. Every problem is one line on standard error starting with
+// "zestra: "; see extract_command.h for the exit statuses.
+#include <cstdio>
+#include <string>
+#include <thread>
+
+#include <CLI/CLI.hpp>
+
+#include "extract_command.h"
+#include "tree_command.h"
+#include "zestra/zestra.h"
+
+namespace {
+
+using zestra_tool::kExitError;
+
+const char kExtractExamples[] = R"(
+Examples:
+  zestra extract page.html                 the main text of one page
+  zestra extract --whole page.html         every text of the page, unranked
+  curl -s https://example.org/ | zestra extract -
+  zestra extract --charset windows-1251 old-page.htm
+  zestra extract site/ > pages.jsonl       every page below site/, one JSON object a line
+  zestra extract --jobs 4 --out-dir texts/ site/   one .txt file per page, mirroring site/
+
+One page gives its text; several pages or a directory give JSON Lines
+({"path", "title", "type": "content"|"links", "charset", "text"}; a page that
+failed gives {"path", "error"}). Exit status: 0 when every page was read, 1
+when some failed, 2 when none could be read or the arguments are wrong.
+)";
+
+const char kTreeExamples[] = R"(
+Example:
+  zestra tree page.html | less
+
+Prints each table with its grid size (columns x rows), nesting level, rank
+and whether it won, each cell with its counters, rank and whether its text
+was kept, and each text shortened to one line.
+)";
+
+// The code page that `label` names; false when none.
+bool ParseCharset(const std::string& label, int* charset) {
+  if (label.empty()) return true;
+  *charset = zestra::CharsetFromLabel(label);
+  if (*charset != zestra::kSniffCharset) return true;
+  std::fprintf(stderr, "zestra: unknown charset '%s'\n", label.c_str());
+  return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Extracts the main text of HTML pages: the article, without navigation, link lists and "
+               "footers.",
+               "zestra");
+  app.set_version_flag("--version", std::string("zestra ") + zestra::Version(), "Print the version and exit");
+  app.require_subcommand(1);
+  app.footer("Run 'zestra COMMAND --help' for the options of a command.\n\nExample:\n  zestra extract page.html\n");
+
+  zestra_tool::ExtractSettings extract;
+  std::string extract_charset;
+  const unsigned cores = std::thread::hardware_concurrency();
+  extract.jobs = cores > 0 ? cores : 1;
+  CLI::App* extract_command = app.add_subcommand("extract", "Write the main text of pages as UTF-8");
+  extract_command->add_option("inputs", extract.inputs,
+                              "Pages: files, directories (searched for *.html, *.htm, *.html.gz) or - for "
+                              "standard input (the default)");
+  extract_command->add_option("--charset", extract_charset,
+                              "Read the pages in this charset: a WHATWG label (utf-8, windows-1252, "
+                              "shift_jis, ...) or a code page number (1252); default: sniff as browsers do")
+      ->type_name("NAME");
+  extract_command->add_flag("--whole", extract.whole, "The whole text of each page, unranked");
+  extract_command->add_option("--format", extract.format,
+                              "text or json; default: text for one page, JSON Lines for several")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->type_name("text|json");
+  extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
+      ->check(CLI::Range(1u, 1024u))
+      ->type_name("N")
+      ->capture_default_str();
+  extract_command->add_option("-o,--out-dir", extract.out_dir,
+                              "Write one file per page (.txt, or .json with --format json) under this "
+                              "directory, mirroring the input tree")
+      ->type_name("DIR");
+  CLI::Option* quiet = extract_command->add_flag("-q,--quiet", extract.quiet, "No progress bar, no summary line");
+  extract_command->add_flag("--progress", extract.progress, "Show the progress bar even when standard error is "
+                                                            "not a terminal")
+      ->excludes(quiet);
+  extract_command->footer(kExtractExamples);
+
+  zestra_tool::TreeSettings tree;
+  std::string tree_charset;
+  CLI::App* tree_command = app.add_subcommand("tree", "Print the layout tree of a page and what the ranking "
+                                                      "kept of it");
+  tree_command->add_option("input", tree.input, "A page file, or - for standard input")
+      ->required()
+      ->type_name("FILE|-");
+  tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
+  tree_command->footer(kTreeExamples);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return app.exit(error);
+    std::fprintf(stderr, "zestra: %s\n", error.what());
+    return kExitError;
+  }
+
+  if (extract_command->parsed()) {
+    if (!ParseCharset(extract_charset, &extract.charset)) return kExitError;
+    return zestra_tool::RunExtract(extract);
+  }
+  if (!ParseCharset(tree_charset, &tree.charset)) return kExitError;
+  return zestra_tool::RunTree(tree);
+}

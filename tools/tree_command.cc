@@ -1,0 +1,213 @@
+#include "tree_command.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "extract_command.h"
+#include "page_reader.h"
+#include "zestra/api/document_tree.h"
+#include "zestra/base/smart_ptr.h"
+#include "zestra/model/k_cell.h"
+#include "zestra/model/k_cell_item.h"
+#include "zestra/model/k_statistics.h"
+#include "zestra/model/k_table.h"
+#include "zestra/platform/charset_conversion.h"
+#include "zestra/ranking/k_rank_parameters.h"
+#include "zestra/stream/memory_buffer.h"
+#include "zestra/traversal/zestra_text_extractor.h"
+#include "zestra/traversal/zestra_visitor_strategy.h"
+#include "zestra/zestra.h"
+
+namespace zestra_tool {
+namespace {
+
+using Orvel::SmartPtr;
+using ZestraNS::KCell;
+using ZestraNS::KCellItem;
+using ZestraNS::KTable;
+
+// Indentation stops growing below this depth; the table lines carry their
+// level, so nothing is lost, and a page nested thousands deep does not
+// print megabytes of spaces per line.
+constexpr std::size_t kMaxIndentDepth = 40;
+// Text items longer than this many characters are cut, with "...".
+constexpr std::size_t kTextPreviewChars = 72;
+
+// The extractor as the extraction constructs it, opened up to say what its
+// selection keeps: the installed strategy decides which tables won and
+// which cells are kept.
+class Selection : public ZestraNS::ZestraTextExtractor {
+ public:
+  using ZestraTextExtractor::ZestraTextExtractor;
+  SmartPtr<ZestraNS::ZestraVisitorStrategy> Installed() const { return Strategy(); }
+};
+
+// `text` on one line: runs of white space made one space, cut after
+// kTextPreviewChars characters.
+std::string Preview(const std::u16string& text) {
+  std::u16string line;
+  std::size_t characters = 0;
+  bool space = false;
+  for (char16_t unit : text) {
+    const bool blank = unit == u' ' || unit == u'\n' || unit == u'\r' || unit == u'\t' || unit == u'\f' ||
+                       unit == u'\u00a0';
+    if (blank) {
+      space = !line.empty();
+      continue;
+    }
+    const bool continues_pair = unit >= 0xDC00 && unit <= 0xDFFF;
+    if (!continues_pair) {
+      if (space) {
+        ++characters;
+        line += u' ';
+        space = false;
+      }
+      if (++characters > kTextPreviewChars) {
+        line += u"...";
+        break;
+      }
+    }
+    line += unit;
+  }
+  std::string utf8;
+  OrvelCharset::AppendUtf8(line.data(), line.size(), utf8);
+  return utf8;
+}
+
+class TreePrinter {
+ public:
+  TreePrinter(const SmartPtr<KTable>& root, const ZestraNS::KStatistics& document,
+              const ZestraNS::ZestraVisitorStrategy& selection)
+      : root_(root), document_(document), selection_(selection), parameters_(new ZestraNS::KRankParameters()) {
+    if (parameters_.IsNull()) throw std::bad_alloc();
+  }
+
+  // Prints the tree depth first in the order the extraction walks it: the
+  // grid slots row by row, then the caption and the summary; in a cell its
+  // items in order. The walk keeps its place in an explicit stack.
+  void Print() {
+    PrintTable(root_, 0);
+    while (!stack_.empty()) {
+      Frame& frame = stack_.back();
+      if (frame.cell.IsNull()) {
+        StepTable(frame);
+      } else {
+        StepCell(frame);
+      }
+    }
+  }
+
+ private:
+  struct Frame {
+    SmartPtr<KTable> table;  // the table of a table frame; the cell's table in a cell frame
+    SmartPtr<KCell> cell;    // null in a table frame
+    std::size_t next = 0;    // the next slot or item
+    std::size_t depth = 0;
+  };
+
+  void Indent(std::size_t depth) const {
+    std::printf("%*s", static_cast<int>(2 * std::min(depth, kMaxIndentDepth)), "");
+  }
+
+  void PrintTable(const SmartPtr<KTable>& table, std::size_t depth) {
+    const double rank = table->Rank(document_, parameters_);
+    Indent(depth);
+    std::printf("table %ux%u  level %u  rank %.4f  %s\n", table->Cols(), table->Rows(), table->Level(), rank,
+                selection_.IsGoodTable(table) ? "won" : "lost");
+    stack_.push_back(Frame{table, SmartPtr<KCell>(), 0, depth});
+  }
+
+  void PrintCell(const SmartPtr<KCell>& cell, const SmartPtr<KTable>& table, const char* where, std::size_t depth) {
+    const bool table_good = selection_.IsGoodTable(table);
+    const bool cell_good = selection_.IsGoodCell(cell);
+    Indent(depth);
+    std::printf("cell %s  words %u  link words %u  links %u  tables %u  rank %.4f  %s\n", where, cell->Words(),
+                cell->WordsInLinksAndImages(), cell->Links(), cell->Tables(), cell->Rank(),
+                table_good && cell_good ? "kept" : table_good ? "dropped (cell rank)" : "dropped (table lost)");
+    stack_.push_back(Frame{table, cell, 0, depth});
+  }
+
+  void StepTable(Frame& frame) {
+    const SmartPtr<KTable> table = frame.table;
+    const std::size_t depth = frame.depth + 1;
+    const std::size_t slots = static_cast<std::size_t>(table->End() - table->Begin());
+    while (frame.next < slots + 2) {
+      const std::size_t index = frame.next++;
+      if (index < slots) {
+        const SmartPtr<KCell>& cell = table->Begin()[index];
+        if (cell.IsNull()) continue;
+        const std::string where = "(" + std::to_string(index % table->Cols()) + "," +
+                                  std::to_string(index / table->Cols()) + ")";
+        PrintCell(cell, table, where.c_str(), depth);  // invalidates `frame`
+        return;
+      }
+      const SmartPtr<KCell>& extra = index == slots ? table->Caption() : table->Summary();
+      if (extra.IsNull()) continue;
+      PrintCell(extra, table, index == slots ? "caption" : "summary", depth);
+      return;
+    }
+    stack_.pop_back();
+  }
+
+  void StepCell(Frame& frame) {
+    const SmartPtr<KCell> cell = frame.cell;
+    const std::size_t depth = frame.depth + 1;
+    const std::size_t items = static_cast<std::size_t>(cell->End() - cell->Begin());
+    while (frame.next < items) {
+      const SmartPtr<KCellItem>& item = cell->Begin()[frame.next++];
+      if (item->IsText()) {
+        Indent(depth);
+        std::printf("text \"%s\"\n", Preview(item->Text()).c_str());
+      } else if (item->IsTable()) {
+        PrintTable(item->Table(), depth);  // invalidates `frame`
+        return;
+      }
+    }
+    stack_.pop_back();
+  }
+
+  const SmartPtr<KTable>& root_;
+  const ZestraNS::KStatistics& document_;
+  const ZestraNS::ZestraVisitorStrategy& selection_;
+  // Ranks use the default weights, as both parameter sets of the extraction
+  // do; only their thresholds differ.
+  SmartPtr<ZestraNS::KRankParameters> parameters_;
+  std::vector<Frame> stack_;
+};
+
+}  // namespace
+
+int RunTree(const TreeSettings& settings) {
+  std::string bytes;
+  std::string reason;
+  if (!ReadPage(settings.input, bytes, reason, zestra::kMaxInputBytes)) {
+    std::fprintf(stderr, "zestra: cannot read '%s': %s\n", settings.input.c_str(), reason.c_str());
+    return kExitError;
+  }
+  // Extract settles the charset and the document type; the tree is then
+  // built in that charset, as the extraction built it.
+  zestra::Options options;
+  options.charset = settings.charset;
+  const zestra::Result result = zestra::Extract(bytes, options);
+  OrvelFile::MemoryBuffer input(bytes.data(), static_cast<unsigned int>(std::min(bytes.size(), zestra::kMaxInputBytes)),
+                                OrvelFile::MemoryBuffer::kReadInPlace);
+  const SmartPtr<KTable> root = ZestraNS::GetDocumentTree(input, static_cast<Orvel::CHARSET>(result.charset));
+
+  ZestraNS::KStatistics document;
+  root->Statistics(document, 0xFFFFFFFFu);
+  const bool links = result.type == zestra::DocumentType::kLinks;
+  Selection selection(root, links, nullptr);
+  std::printf("document  words %u  link words %u  links %u  tables %u  %s  charset %s\n", document.Words(),
+              document.WordsInLinksAndImages(), document.Links(), document.Tables(),
+              links ? "link document" : "content document", result.charset_name.c_str());
+  std::printf("kept      %u words, %s\n", selection.CountWords(),
+              links ? "the whole text" : "the cells kept in the tables that won");
+  TreePrinter(root, document, *selection.Installed()).Print();
+  return kExitOk;
+}
+
+}  // namespace zestra_tool
