@@ -55,7 +55,7 @@ class ExtractRun {
       : settings_(settings),
         pages_(std::move(pages)),
         batch_(batch),
-        json_(settings.format == "json" || (settings.format.empty() && batch)),
+        json_(settings.format == "json" || (settings.format.empty() && batch && settings.out_dir.empty())),
         progress_(stderr, batch && !settings.quiet && (settings.progress || isatty(STDERR_FILENO)), pages_.size(),
                   TotalBytes()) {}
 
@@ -63,15 +63,19 @@ class ExtractRun {
     RunOrdered<Outcome>(
         pages_.size(), settings_.jobs, [this](std::size_t i) { return Work(i); },
         [this](std::size_t i, Outcome& outcome) { Deliver(i, outcome); }, [this] { progress_.Draw(); });
+    progress_.Draw(true);  // the final count, for a log of the bar
     if (std::fflush(stdout) != 0) {
       progress_.Clear();
       std::fprintf(stderr, "zestra: cannot write standard output: %s\n",
                    std::generic_category().message(errno).c_str());
       return kExitError;
     }
-    if (batch_ && !settings_.quiet) progress_.Summary();
-    if (progress_.Failures() == 0) return kExitOk;
-    return progress_.Failures() < pages_.size() ? kExitSomeFailed : kExitError;
+    const int status = progress_.Failures() == 0              ? kExitOk
+                       : progress_.Failures() < pages_.size() ? kExitSomeFailed
+                                                              : kExitError;
+    // When nothing could be done the error lines say everything.
+    if (batch_ && !settings_.quiet && status != kExitError) progress_.Summary();
+    return status;
   }
 
  private:

@@ -20,7 +20,8 @@ struct ExtractSettings {
   int charset = -1;
   // The whole text, unranked.
   bool whole = false;
-  // "text", "json", or empty: text for one page, JSON Lines for a batch.
+  // "text", "json", or empty: JSON Lines for a batch on standard output,
+  // text otherwise.
   std::string format;
   // Pages extracted at once, at least 1.
   unsigned jobs = 1;

@@ -99,6 +99,12 @@ int main(int argc, char** argv) {
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
   tree_command->footer(kTreeExamples);
 
+  // CLI11 would only say that a command is required.
+  if (argc > 1 && argv[1][0] != '-' && std::string(argv[1]) != extract_command->get_name() &&
+      std::string(argv[1]) != tree_command->get_name()) {
+    std::fprintf(stderr, "zestra: unknown command '%s'\n", argv[1]);
+    return kExitError;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 bool EndsWithNoCase(const std::string& text, std::string_view suffix) {
   if (text.size() < suffix.size()) return false;
   return std::equal(suffix.begin(), suffix.end(), text.end() - static_cast<std::ptrdiff_t>(suffix.size()),
-                    [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == b; });
+                    [](char wanted, char seen) { return std::tolower(static_cast<unsigned char>(seen)) == wanted; });
 }
 
 // `name` without its page extension (".html", ".htm", either with ".gz").
