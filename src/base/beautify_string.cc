@@ -5,8 +5,12 @@
 namespace Orvel {
 
 void BeautifyString(const std::u16string& in, std::u16string& out, bool trim, bool collapse) {
-  std::u16string cleaned;
-  cleaned.reserve(in.size());
+  // The result is never longer than `in` (a collapsed run of one or more
+  // characters becomes one space), so it is written into a string of that
+  // size and cut to length after.
+  std::u16string cleaned(in.size(), u'\0');
+  char16_t* const first = cleaned.data();
+  char16_t* next = first;
   bool pending_space = false;  // a collapsed run waits for its next character
   for (char16_t c : in) {
     if (IsNonSpaceControl(c)) continue;
@@ -15,12 +19,13 @@ void BeautifyString(const std::u16string& in, std::u16string& out, bool trim, bo
       continue;
     }
     if (pending_space) {
-      cleaned.push_back(u' ');
+      *next++ = u' ';
       pending_space = false;
     }
-    cleaned.push_back(c);
+    *next++ = c;
   }
-  if (pending_space) cleaned.push_back(u' ');
+  if (pending_space) *next++ = u' ';
+  cleaned.resize(static_cast<std::size_t>(next - first));
 
   if (trim) {
     std::size_t begin = 0;

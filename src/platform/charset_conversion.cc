@@ -193,24 +193,30 @@ void AppendUtf8(const char16_t* text, size_t count, std::string& out) {
 }
 
 void AppendUtf16(const char* text, size_t size, std::u16string& out) {
-  out.reserve(out.size() + size);
+  // Each byte gives at most one unit (a four-byte sequence gives two), so
+  // the units are written into room for `size` of them, cut to length after.
+  const size_t old_size = out.size();
+  out.resize(old_size + size);
+  char16_t* const begin = out.data() + old_size;
+  char16_t* end = begin;
   const auto* p = reinterpret_cast<const uint8_t*>(text);
   size_t i = 0;
   while (i < size) {
     if (p[i] < 0x80) {
-      out.push_back(p[i++]);
+      *end++ = p[i++];
       continue;
     }
     const Decoded decoded = Utf8Codec::Decode(p + i, size - i, true);
     i += decoded.length;
     if (decoded.code_point < 0x10000) {
-      out.push_back(static_cast<char16_t>(decoded.code_point));
+      *end++ = static_cast<char16_t>(decoded.code_point);
     } else {
       const char32_t v = decoded.code_point - 0x10000;
-      out.push_back(static_cast<char16_t>(0xD800 + (v >> 10)));
-      out.push_back(static_cast<char16_t>(0xDC00 + (v & 0x3FF)));
+      *end++ = static_cast<char16_t>(0xD800 + (v >> 10));
+      *end++ = static_cast<char16_t>(0xDC00 + (v & 0x3FF));
     }
   }
+  out.resize(old_size + static_cast<size_t>(end - begin));
 }
 
 }  // namespace OrvelCharset

@@ -14,7 +14,11 @@ namespace Orvel {
 ZESTRA_EXPORT bool IsSpaceClass(char16_t c) noexcept;
 
 // White space of the layout rules: the space class or U+00A0.
-inline bool IsWhiteSpace(char16_t c) noexcept { return c == 0x00A0 || IsSpaceClass(c); }
+inline bool IsWhiteSpace(char16_t c) noexcept {
+  // ASCII, most of every text, is answered here without the call.
+  if (c < 0x80) return c == 0x20 || (c >= 0x09 && c <= 0x0D);
+  return c == 0x00A0 || IsSpaceClass(c);
+}
 
 // Control characters that are not white space: U+0000..U+0008,
 // U+000E..U+001F, U+007F..U+009F.
