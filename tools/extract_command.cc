@@ -85,7 +85,7 @@ class ExtractRun {
     return total;
   }
 
-  // Runs on a worker thread.
+  // Runs on a worker thread; never throws, as RunOrdered requires.
   Outcome Work(std::size_t index) {
     const PageEntry& page = pages_[index];
     Outcome outcome;
@@ -93,23 +93,23 @@ class ExtractRun {
       outcome.error = page.error;
       return outcome;
     }
-    std::string bytes;
-    std::string reason;
-    if (!ReadPage(page.path, bytes, reason, zestra::kMaxInputBytes)) {
-      outcome.error = "cannot read '" + page.path + "': " + reason;
-      return outcome;
-    }
-    outcome.bytes = bytes.size();
     try {
+      std::string bytes;
+      std::string reason;
+      if (!ReadPage(page.path, bytes, reason, zestra::kMaxInputBytes)) {
+        outcome.error = "cannot read '" + page.path + "': " + reason;
+        return outcome;
+      }
+      outcome.bytes = bytes.size();
       zestra::Options options;
       options.charset = settings_.charset;
       options.whole_text = settings_.whole;
       outcome.result = zestra::Extract(bytes, options);
+      if (!settings_.out_dir.empty()) WriteFile(page, outcome);
     } catch (const std::bad_alloc&) {
+      outcome.result = zestra::Result();
       outcome.error = "cannot extract '" + page.path + "': out of memory";
-      return outcome;
     }
-    if (!settings_.out_dir.empty()) WriteFile(page, outcome);
     return outcome;
   }
 
