@@ -29,6 +29,21 @@ Orvel::SmartPtr<T> Make() {
   return object;
 }
 
+// A parameter set with the caller's weights when they are usable, with the
+// defaults otherwise.
+Orvel::SmartPtr<KRankParameters> MakeParameters(const ZestraRankWeights* weights) {
+  if (weights == nullptr || weights->link_density.empty() ||
+      weights->words_per_cell.size() != weights->link_density.size() ||
+      weights->word_count.size() != weights->link_density.size()) {
+    return Make<KRankParameters>();
+  }
+  Orvel::SmartPtr<KRankParameters> parameters =
+      KRankParameters::WithWeights(weights->link_density.data(), weights->words_per_cell.data(),
+                                   weights->word_count.data(), static_cast<uint32_t>(weights->link_density.size()));
+  if (parameters.IsNull()) throw std::bad_alloc();
+  return parameters;
+}
+
 // Sets the thresholds of both sets and the share from values[0..9).
 void ApplyValues(const double* values, KRankParameters& first, KRankParameters& second, double& min_word_share) {
   first.Init(values[0], values[1], values[2], values[3]);
@@ -40,6 +55,11 @@ void ApplyValues(const double* values, KRankParameters& first, KRankParameters& 
 
 ZestraTextExtractor::ZestraTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
                                          const std::vector<double>* parameter_values)
+    : ZestraTextExtractor(root, whole_text, parameter_values, nullptr) {}
+
+ZestraTextExtractor::ZestraTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
+                                         const std::vector<double>* parameter_values,
+                                         const ZestraRankWeights* weights)
     : root_(root) {
   if (whole_text) {
     Strategy(Make<ZestraVisitorStrategy>());
@@ -49,8 +69,8 @@ ZestraTextExtractor::ZestraTextExtractor(const Orvel::SmartPtr<KTable>& root, bo
   document.Clear();
   root_->Statistics(document, 0xFFFFFFFFu);
 
-  const Orvel::SmartPtr<KRankParameters> first = Make<KRankParameters>();
-  const Orvel::SmartPtr<KRankParameters> second = Make<KRankParameters>();
+  const Orvel::SmartPtr<KRankParameters> first = MakeParameters(weights);
+  const Orvel::SmartPtr<KRankParameters> second = MakeParameters(weights);
   double min_word_share = 0.0;
   if (parameter_values != nullptr && parameter_values->size() >= kParameterValueCount) {
     ApplyValues(parameter_values->data(), *first, *second, min_word_share);

@@ -199,6 +199,34 @@ TEST(ZestraTextExtractorTest, ParameterValuesReachBothSets) {
   EXPECT_EQ(Extract(root, false, nullptr), Utf16(u"m\n"));
 }
 
+TEST(ZestraTextExtractorTest, RankWeightsReachBothSets) {
+  // One table, one cell of 10 words outside links: with the default weights
+  // it ranks 0.3 + 0.3 + 0.4 = 1.0, with weights 0.1 each 0.3. Both sets
+  // drop tables below 0.5; the second is used (the first keeps nothing).
+  const std::vector<double> values = {0.5, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0, 0.0, 1.0};
+  SmartPtr<KTable> root = NewTable(1, 1);
+  AddText(AddCell(root, 0, 0, 10, 0), u"m");
+  const auto extract = [&](const ZestraRankWeights* weights) {
+    ZestraTextExtractor extractor(root, false, &values, weights);
+    MemoryBuffer buffer(64);
+    extractor.GetText(&buffer);
+    return Bytes(buffer);
+  };
+  EXPECT_EQ(extract(nullptr), Utf16(u"m\n"));
+  const ZestraRankWeights low = {{0.1}, {0.1}, {0.1}};
+  EXPECT_EQ(extract(&low), "");
+  // The level of the table picks the entry: level 0 reads index 0.
+  const ZestraRankWeights two_levels = {{0.1, 0.3}, {0.1, 0.3}, {0.1, 0.4}};
+  EXPECT_EQ(extract(&two_levels), "");
+  const ZestraRankWeights high_first = {{0.3, 0.1}, {0.3, 0.1}, {0.4, 0.1}};
+  EXPECT_EQ(extract(&high_first), Utf16(u"m\n"));
+  // Tables of different lengths, or empty ones, are not usable: defaults.
+  const ZestraRankWeights uneven = {{0.1}, {0.1, 0.1}, {0.1}};
+  EXPECT_EQ(extract(&uneven), Utf16(u"m\n"));
+  const ZestraRankWeights empty = {};
+  EXPECT_EQ(extract(&empty), Utf16(u"m\n"));
+}
+
 TEST(ZestraTextExtractorTest, BuiltInParameters) {
   class Peek : public ZestraTextExtractor {
    public:

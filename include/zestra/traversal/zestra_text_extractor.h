@@ -15,6 +15,10 @@
 // CellLowScore, WinnerLowThreshold; 4-7 the same for the second set; 8
 // minWordShare. A vector of fewer than nine values is ignored.
 //
+// The weight tables of both sets are the defaults of KRankParameters, or
+// the caller's ZestraRankWeights: a layout that shapes its tree otherwise
+// (the blocks layout) ranks with weights of its own.
+//
 // GetText then writes the kept text as UTF-16 code units, two bytes each
 // with the low byte first, no byte-order mark, no terminator: the text of
 // every reported item as it stands, plus a line feed (EndLine) before and
@@ -45,6 +49,15 @@
 
 namespace ZestraNS {
 
+// Weight tables for both parameter sets of an extractor, one entry per
+// level as KRankParameters::WithWeights takes them. Used only when the
+// three tables have the same, non-zero, number of entries.
+struct ZestraRankWeights {
+  std::vector<double> link_density;
+  std::vector<double> words_per_cell;
+  std::vector<double> word_count;
+};
+
 class ZESTRA_EXPORT ZestraTextExtractor : public ZestraVisitor {
  public:
   // Chooses the selection as described above. `parameter_values` may be
@@ -52,6 +65,11 @@ class ZESTRA_EXPORT ZestraTextExtractor : public ZestraVisitor {
   // REQUIRES: `root` is not null.
   ZestraTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
                       const std::vector<double>* parameter_values);
+  // The same, ranking with `weights` when it is not null and usable (see
+  // ZestraRankWeights), with the default weights otherwise. `weights` is
+  // only read, during the call.
+  ZestraTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
+                      const std::vector<double>* parameter_values, const ZestraRankWeights* weights);
 
   ZestraTextExtractor(const ZestraTextExtractor&) = delete;
   ZestraTextExtractor& operator=(const ZestraTextExtractor&) = delete;
