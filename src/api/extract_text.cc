@@ -1,5 +1,6 @@
 #include "api/extract_text.h"
 
+#include "api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/traversal/zestra_text_extractor.h"
 
@@ -18,12 +19,13 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 }
 
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type) {
+                 DocumentType* type, LayoutMode mode) {
   KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   *type = ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
   // The extractor lives only for this one walk.
-  ZestraTextExtractor extractor(root, *type == LinkDocument, nullptr);
+  const LayoutTuning tuning = TuningOf(mode);
+  ZestraTextExtractor extractor(root, *type == LinkDocument, tuning.values, tuning.weights);
   extractor.GetText(&out);
 }
 

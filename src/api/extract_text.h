@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "builder/layout_mode.h"
 #include "zestra/api/beautify.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/k_table.h"
@@ -34,11 +35,12 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 // Sums the counters of the whole tree under `root` (every depth), stores
 // its ClassifyDocument in `*type`, and appends the extracted text at the put
 // position of `out`: the whole text for a LinkDocument, the ranked
-// selection for a ContentDocument (ZestraTextExtractor with its built-in
-// parameters).
+// selection for a ContentDocument (ZestraTextExtractor with the tuning of
+// `mode`, layout_tuning.h: its built-in parameters for kTables). `mode` is
+// the layout the tree was built with.
 // REQUIRES: root and type are not null.
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type);
+                 DocumentType* type, LayoutMode mode = LayoutMode::kTables);
 
 }  // namespace ZestraNS
 

@@ -1,5 +1,6 @@
 #include "builder/build_tree.h"
 
+#include "builder/block_layout_walk.h"
 #include "builder/keyword_table.h"
 #include "builder/layout_walk.h"
 #include "zestra/platform/html_doc_parser.h"
@@ -7,15 +8,15 @@
 namespace ZestraNS {
 
 void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
-                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text) {
+                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text, LayoutMode mode) {
   OrvelParser::HtmlDocTree tree(charset);
   OrvelParser::HtmlDocParser parser(in, KeywordTable(), tree);
   parser.Parse();  // success shows in the node count
-  BuildTreeFromDocTree(tree, root, attribute_text);
+  BuildTreeFromDocTree(tree, root, attribute_text, mode);
 }
 
 void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
-                          std::u16string* attribute_text) {
+                          std::u16string* attribute_text, LayoutMode mode) {
   if (tree.NodeCount() == 0) return;
   std::u16string title;
   tree.GetText(title, OrvelParser::HtmlKeywordTable::kTitleAtt);
@@ -25,7 +26,11 @@ void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<
   if (top.empty() || top.front()->Children().empty()) return;
   Orvel::SmartPtr<KCell> content = root->CreateCell(0, 1);
   if (!content) return;
-  AddNodesToCell(top.begin(), top.end(), content, false, false);
+  if (mode == LayoutMode::kBlocks) {
+    AddNodesToBlocks(top, content);
+  } else {
+    AddNodesToCell(top.begin(), top.end(), content, false, false);
+  }
 }
 
 }  // namespace ZestraNS

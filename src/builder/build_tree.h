@@ -6,6 +6,8 @@
 // (layout_walk.h). A document that parses to no nodes, or whose first
 // top-level node has no children, builds no content cell.
 //
+// `mode` chooses the walk (layout_mode.h); kTables unless asked.
+//
 // attribute_text (may be null) receives the document's title (the text of
 // the nodes with the title attribute) when the parse has nodes and that
 // text is not empty; otherwise the caller's string is left as it was.
@@ -17,6 +19,7 @@
 
 #include <string>
 
+#include "builder/layout_mode.h"
 #include "zestra/base/charset.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/k_table.h"
@@ -30,12 +33,13 @@ namespace ZestraNS {
 // Exceptions of the stream and the parser pass through.
 // REQUIRES: root is not null, with Cols() >= 1 and Rows() >= 2.
 void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
-                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text);
+                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text,
+                         LayoutMode mode = LayoutMode::kTables);
 
 // Builds an already parsed document under `root`; the tree is only read.
 // REQUIRES: as above.
 void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
-                          std::u16string* attribute_text);
+                          std::u16string* attribute_text, LayoutMode mode = LayoutMode::kTables);
 
 }  // namespace ZestraNS
 

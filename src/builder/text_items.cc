@@ -33,11 +33,12 @@ void TrimTrailingWhiteSpace(std::u16string& text) {
 
 // Appends a new item holding `text` (a text item even when `text` is empty)
 // and counts its words into the cell.
-void AddItem(const std::u16string& text, unsigned position, unsigned length, KCell& cell, bool in_link) {
+void AddItem(const std::u16string& text, unsigned position, unsigned length, KCell& cell, bool in_link,
+             WordCounter count) {
   SmartPtr<KCellItem> item = cell.AddCellItem();
   if (!item) return;  // out of memory: the run is dropped
   item->AppendText(text, position, length);
-  const unsigned words = CountWords(text);
+  const unsigned words = count(text);
   cell.AddWords(words);
   if (in_link) cell.AddWordsInLinksAndImages(words);
 }
@@ -45,7 +46,7 @@ void AddItem(const std::u16string& text, unsigned position, unsigned length, KCe
 }  // namespace
 
 void AddTextRun(const std::u16string& raw, unsigned position, unsigned length, SmartPtr<KCell>& cell,
-                bool in_link) {
+                bool in_link, WordCounter count) {
   std::u16string clean;
   Orvel::BeautifyString(raw, clean, false, true);
   KCellItem* prev = LastTextItem(*cell);
@@ -64,11 +65,11 @@ void AddTextRun(const std::u16string& raw, unsigned position, unsigned length, S
   } else if (clean.front() == u'\n') {
     TrimTrailingWhiteSpace(prev->Text());
   }
-  AddItem(clean, position, length, *cell, in_link);
+  AddItem(clean, position, length, *cell, in_link, count);
 }
 
 void AddPreformattedRun(const std::u16string& raw, unsigned position, unsigned length,
-                        SmartPtr<KCell>& cell, bool in_link) {
+                        SmartPtr<KCell>& cell, bool in_link, WordCounter count) {
   const std::u16string& crlf = CrLfText();
   std::u16string text;
   text.reserve(raw.size());
@@ -78,7 +79,7 @@ void AddPreformattedRun(const std::u16string& raw, unsigned position, unsigned l
     from = at + 1;                      // the LF is copied with the next segment
   }
   text.append(raw, from, std::u16string::npos);
-  AddItem(text, position, length, *cell, in_link);
+  AddItem(text, position, length, *cell, in_link, count);
 }
 
 void AddLineBreak(SmartPtr<KCell>& cell) {

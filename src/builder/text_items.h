@@ -20,10 +20,17 @@
 
 #include <string>
 
+#include <cstdint>
+
 #include "zestra/base/smart_ptr.h"
+#include "zestra/model/count_words.h"
 #include "zestra/model/k_cell.h"
 
 namespace ZestraNS {
+
+// How a layout counts the words of a run: CountWords for the tables layout;
+// the blocks layout passes its own count (block_word_count.h).
+using WordCounter = uint32_t (*)(const std::u16string& text);
 
 // Cleans `raw` (white-space runs become one space, non-space controls go)
 // and adds it to `cell`:
@@ -34,19 +41,19 @@ namespace ZestraNS {
 //    text item without doubled spaces: leading white space is dropped after
 //    no text or after a line feed, and a clean text starting with a line
 //    feed trims the previous text's trailing white space;
-//  - the words of the clean text (CountWords) are added to the cell's
-//    Words, and to WordsInLinksAndImages too when `in_link`.
+//  - the words of the clean text (`count`) are added to the cell's Words,
+//    and to WordsInLinksAndImages too when `in_link`.
 // `position` and `length` are the run's source span (length 0: none).
 // REQUIRES: cell is not null.
 void AddTextRun(const std::u16string& raw, unsigned position, unsigned length,
-                Orvel::SmartPtr<KCell>& cell, bool in_link);
+                Orvel::SmartPtr<KCell>& cell, bool in_link, WordCounter count = CountWords);
 
 // Adds the text of a preformatted run as a new item, as it stands except
 // that every CR immediately followed by LF is dropped (lone CRs stay). Words
 // are counted as AddTextRun counts them.
 // REQUIRES: cell is not null.
 void AddPreformattedRun(const std::u16string& raw, unsigned position, unsigned length,
-                        Orvel::SmartPtr<KCell>& cell, bool in_link);
+                        Orvel::SmartPtr<KCell>& cell, bool in_link, WordCounter count = CountWords);
 
 // Appends one line feed to the cell's last item when that item is a text
 // item whose text is not empty and ends in fewer than two line feeds;

@@ -1,0 +1,37 @@
+// The ranking tuning of each layout mode: the text extractor's nine values
+// (thresholds of its two parameter sets and the share of words the first
+// selection must keep) and the weights of the three rank terms.
+//
+// The tables layout ranks with the extractor's built-in values and the
+// default weights; its selection is the library's reference behaviour. The
+// blocks layout builds deeper trees of smaller tables (one per block of
+// several paragraphs), so it ranks with values of its own: a first set that
+// wants a table holding most of the page's text outside links, a looser
+// second set, and weights that make a table's share of that text count most.
+// They were tuned on a development set of 130 pages; changes that move its
+// F1 by less than 0.01 are noise.
+//
+// Thread-safety: constant data.
+#ifndef ZESTRA_API_LAYOUT_TUNING_H_
+#define ZESTRA_API_LAYOUT_TUNING_H_
+
+#include <vector>
+
+#include "builder/layout_mode.h"
+#include "zestra/traversal/zestra_text_extractor.h"
+
+namespace ZestraNS {
+
+struct LayoutTuning {
+  // The extractor's nine values; null: the built-in ones.
+  const std::vector<double>* values = nullptr;
+  // The rank weights of both parameter sets; null: the defaults.
+  const ZestraRankWeights* weights = nullptr;
+};
+
+// The tuning of `mode`: both null for LayoutMode::kTables.
+LayoutTuning TuningOf(LayoutMode mode);
+
+}  // namespace ZestraNS
+
+#endif  // ZESTRA_API_LAYOUT_TUNING_H_

@@ -1,0 +1,223 @@
+#include "builder/block_layout_walk.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "builder/block_analysis.h"
+#include "builder/block_word_count.h"
+#include "builder/element_treatment.h"
+#include "builder/table_cells.h"
+#include "builder/text_items.h"
+#include "zestra/model/k_cell_item.h"
+#include "zestra/model/k_table.h"
+#include "zestra/platform/html_keyword_table.h"
+
+namespace ZestraNS {
+namespace {
+
+using Orvel::SmartPtr;
+using OrvelParser::HtmlKeywordTable;
+using OrvelParser::HtmlTreeNode;
+
+// What passes from an element to its content.
+struct Flags {
+  bool in_link = false;  // inside an anchor: words are link words
+  bool pre = false;      // text is taken as it stands
+  bool boilerplate = false;  // words count as link words
+};
+
+// Siblings still to walk into a cell.
+struct Flow {
+  BlockCursor next;
+  NodeIterator end;
+  SmartPtr<KCell> cell;
+  Flags flags;
+};
+
+// A paragraph to close once an element's children are done.
+struct CloseAfter {
+  SmartPtr<KCell> cell;
+};
+
+// A block table whose rows are being filled, one unit per row.
+struct FillBlocks {
+  BlockCursor next;
+  NodeIterator end;
+  SmartPtr<KTable> table;
+  uint32_t row;
+  SmartPtr<KCell> filled;  // the cell of the unit walked last
+  Flags flags;
+};
+
+// An HTML table whose cells are being filled.
+struct FillHtmlTable {
+  std::unique_ptr<TableCells> cells;
+  Flags flags;
+};
+
+using Task = std::variant<Flow, CloseAfter, FillBlocks, FillHtmlTable>;
+
+class BlockWalk {
+ public:
+  explicit BlockWalk(const HtmlTreeNode::List& top) : analysis_(top) {}
+
+  void Run(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) {
+    stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags()});
+    while (!stack_.empty()) {
+      Task& task = stack_.back();
+      if (Flow* flow = std::get_if<Flow>(&task)) {
+        if (flow->next.node == flow->end) {
+          stack_.pop_back();
+          continue;
+        }
+        const BlockCursor at = flow->next;
+        analysis_.Next(flow->next);
+        // Visit may push and so move the stack: it gets copies.
+        SmartPtr<KCell> current = flow->cell;
+        Visit(at, current, flow->flags);
+      } else if (CloseAfter* close = std::get_if<CloseAfter>(&task)) {
+        CloseParagraph(*close->cell);
+        stack_.pop_back();
+      } else if (FillBlocks* fill = std::get_if<FillBlocks>(&task)) {
+        StepBlocks(*fill);
+      } else {
+        StepHtmlTable(std::get<FillHtmlTable>(task));
+      }
+    }
+  }
+
+ private:
+  void Visit(const BlockCursor& at, SmartPtr<KCell>& cell, Flags flags) {
+    const BlockNodeInfo& info = analysis_.Info(at);
+    if (!info.Visible()) return;
+    const HtmlTreeNode& node = **at.node;
+    switch (RoleOfId(node.Id())) {
+      case BlockRole::kSkip:
+        return;
+      case BlockRole::kText: {
+        std::u16string text;
+        node.GetText(text);
+        if (text.empty()) return;
+        const bool counted_in_link = flags.in_link || flags.boilerplate;
+        if (flags.pre) {
+          AddPreformattedRun(text, node.SourcePosition(), node.SourceLength(), cell, counted_in_link,
+                             CountBlockWords);
+        } else {
+          AddTextRun(text, node.SourcePosition(), node.SourceLength(), cell, counted_in_link, CountBlockWords);
+        }
+        return;
+      }
+      case BlockRole::kLineBreak:
+        AddLineBreak(cell);
+        return;
+      case BlockRole::kTable:
+        if (!info.HasText()) return;
+        flags.boilerplate = flags.boilerplate || IsBoilerplate(info);
+        flags.in_link = flags.pre = false;
+        if (std::unique_ptr<TableCells> cells =
+                StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment())) {
+          stack_.push_back(FillHtmlTable{std::move(cells), flags});
+        }
+        return;
+      case BlockRole::kPre:
+      case BlockRole::kBlock:
+      case BlockRole::kInline:
+        break;
+    }
+    if (node.HasAttribute(HtmlKeywordTable::kLinkAtt)) {
+      // As in the tables layout: one link, not for an anchor in an anchor;
+      // only an anchor's text is in-link; preformatting passes through.
+      const bool anchor = node.Id() == OrvelParser::kIdAnchor;
+      if (!(flags.in_link && anchor)) cell->AddLinks(1);
+      flags.in_link = anchor;
+    } else {
+      flags.pre = RoleOfId(node.Id()) == BlockRole::kPre;
+    }
+    flags.boilerplate = flags.boilerplate || IsBoilerplate(info);
+    if (node.Children().empty()) return;
+    const BlockCursor children = analysis_.FirstChild(at);
+    if (!info.IsBlock()) {
+      stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags});
+      return;
+    }
+    if (!info.HasText()) return;
+    CloseParagraph(*cell);
+    if (info.Units() >= 2 && !flags.pre) {
+      StartBlocks(children, ChildrenEnd(*at.node), info.Units(), cell, flags);
+      return;
+    }
+    stack_.push_back(CloseAfter{cell});
+    stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags});
+  }
+
+  bool IsBoilerplate(const BlockNodeInfo& info) const {
+    switch (info.Signal()) {
+      case ElementSignal::kNone:
+        return false;
+      case ElementSignal::kComments:
+        return true;
+      case ElementSignal::kBoilerplate:
+        // More than a fifth of the page is a wrapper, whatever its name.
+        return static_cast<uint64_t>(info.Words()) * 5 <= analysis_.PageWords();
+    }
+    return false;
+  }
+
+  // Hangs a table of one column and `units` rows into `cell` and queues the
+  // filling of its rows.
+  void StartBlocks(const BlockCursor& first, NodeIterator end, uint32_t units, SmartPtr<KCell>& cell,
+                   const Flags& flags) {
+    KTable* parent = cell->ParentTable();
+    const uint32_t level = parent != nullptr ? parent->Level() + 1 : 0;
+    SmartPtr<KTable> table(new KTable(parent, 1, units, level));
+    if (!table || table->Rows() != units) return;  // out of memory: the content is dropped
+    SmartPtr<KCellItem> item = cell->AddCellItem();
+    if (!item) return;
+    item->Table(table);
+    cell->AddTables(1);
+    stack_.push_back(FillBlocks{first, end, std::move(table), 0, nullptr, flags});
+  }
+
+  void StepBlocks(FillBlocks& fill) {
+    if (fill.filled) {
+      CloseParagraph(*fill.filled);
+      fill.filled = nullptr;
+    }
+    BlockCursor first;
+    NodeIterator last;
+    if (fill.row == fill.table->Rows() || !analysis_.NextUnit(fill.next, fill.end, first, last)) {
+      stack_.pop_back();
+      return;
+    }
+    SmartPtr<KCell> cell = fill.table->CreateCell(0, fill.row++);
+    if (!cell) return;  // out of memory: the unit is dropped
+    fill.filled = cell;
+    const Flags flags = fill.flags;
+    stack_.push_back(Flow{first, last, std::move(cell), flags});
+  }
+
+  void StepHtmlTable(FillHtmlTable& fill) {
+    NodeIterator table_cell;
+    SmartPtr<KCell> target;
+    if (!fill.cells->Next(table_cell, target)) {
+      stack_.pop_back();
+      return;
+    }
+    uint32_t record = 0;
+    if (!analysis_.FindTableCell(table_cell->Get(), record)) return;
+    const Flags flags = fill.flags;
+    Visit(BlockCursor{table_cell, record}, target, flags);
+  }
+
+  BlockAnalysis analysis_;
+  std::vector<Task> stack_;
+};
+
+}  // namespace
+
+void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) { BlockWalk(top).Run(top, cell); }
+
+}  // namespace ZestraNS

@@ -1,0 +1,48 @@
+// The blocks layout walk: turns a parsed document laid out with block
+// elements (divisions, sections, lists, paragraphs) into a layout tree that
+// the table ranking can read, the way the tables layout walk
+// (layout_walk.h) does for documents laid out with HTML tables.
+//
+// The shape, with units as in block_analysis.h:
+//   - A block whose children form two or more units becomes a nested KTable
+//     of one column and one row per unit, hung into the current cell as a
+//     table item (the cell counts one more table). Each unit is walked into
+//     the cell of its row, and that cell's text ends with a paragraph break.
+//   - A block with a single unit adds no table: its content goes into the
+//     current cell, with the paragraph closed before and after it. Chains
+//     of wrapper divisions thus add no level.
+//   - A block without text adds nothing.
+//   - An HTML table takes the table path of the tables layout (table_cells.h);
+//     each table cell's content is then laid out as a block.
+//   - Text, line breaks, preformatted text and links follow the rules of
+//     the tables layout (text_items.h): the same items, junctions, paragraph
+//     breaks and Links, Words and WordsInLinksAndImages counters.
+//   - Nodes a reader does not see (block_signals.h) are left out with
+//     everything inside them.
+//
+// Boilerplate: the words inside an element that SignalOf marks as
+// boilerplate count as words in links, the engine's measure of words a
+// reader did not come for, unless the element holds more than a fifth of
+// the page's words (a page wrapper with a "sidebar" or "nav" class must not
+// sink the whole page). Comment sections count so whatever their size.
+//
+// Like the tables walk it keeps an explicit stack: the call stack does not
+// grow with the nesting of the document.
+//
+// Thread-safety: none beyond the cell's; the nodes are only read.
+#ifndef ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
+#define ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
+
+#include "builder/html_nodes.h"
+#include "zestra/base/smart_ptr.h"
+#include "zestra/model/k_cell.h"
+
+namespace ZestraNS {
+
+// Lays out the document whose top-level nodes are `top` into `cell`.
+// REQUIRES: cell is not null.
+void AddNodesToBlocks(const OrvelParser::HtmlTreeNode::List& top, Orvel::SmartPtr<KCell>& cell);
+
+}  // namespace ZestraNS
+
+#endif  // ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
