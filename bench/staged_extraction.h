@@ -4,7 +4,8 @@
 // and add up to a real extraction:
 //
 //   charset      DecodeDocument: detection and conversion to UTF-8
-//   parse        GumboTreeConverter::Parse: Gumbo's parse, the conversion
+//   parse        LimitNesting, the scan that caps the nesting depth, and
+//                GumboTreeConverter::Parse: Gumbo's parse, the conversion
 //                of Gumbo's tree into HtmlTreeNodes, and freeing Gumbo's tree
 //   layout       BuildTreeFromDocTree: the layout tree and the title
 //   ranking      the document statistics and type (as ExtractText does),
@@ -15,10 +16,12 @@
 //   freeing      releasing the layout tree and the parsed document
 //
 // The parse stage mixes Gumbo's work with ours. To split it, the same UTF-8
-// text is also parsed and freed by Gumbo alone, right after the stage; that
-// time is Gumbo's share of the stage, and the rest of the stage (the node
-// conversion, the depth check before freeing) is ours. This extra parse is
-// not part of the extraction and not in the total.
+// text is also parsed and freed by Gumbo alone, right before the stage on
+// every other extraction and right after it on the others; that time is
+// Gumbo's share of the stage, and the rest of the stage (the depth scan,
+// the conversion of Gumbo's tree into nodes, the depth check before
+// freeing it) is ours. This
+// extra parse is not part of the extraction and not in the total.
 //
 // Thread-safety: an object is used by one thread; objects on different
 // threads are independent.
@@ -51,6 +54,8 @@ const char* StageName(Stage stage);
 // Seconds spent per stage, summed over extractions.
 struct StageTimes {
   std::array<double, kStageCount> seconds{};
+  // Extractions timed into this record.
+  uint64_t extractions = 0;
 
   double Total() const;
   // Everything but Gumbo's share: the stages that are this library's.

@@ -4,6 +4,7 @@
 
 #include "platform/document_decoder.h"
 #include "platform/gumbo_tree_converter.h"
+#include "platform/html_nesting_limit.h"
 
 namespace OrvelParser {
 
@@ -12,6 +13,7 @@ HtmlDocParser::~HtmlDocParser() = default;
 bool HtmlDocParser::Parse() {
   std::string utf8;
   const Orvel::CHARSET charset = DecodeDocument(input_, tree_.Charset(), utf8);
+  LimitNesting(utf8);
   GumboTreeConverter::Parse(utf8, keywords_, tree_, charset);
   return tree_.NodeCount() != 0;
 }

@@ -11,6 +11,7 @@
 
 #include "platform/charset_test_util.h"
 #include "platform/document_decoder.h"
+#include "platform/gumbo_tree_converter.h"
 #include "platform/html_element_table.h"
 #include "zestra/platform/charset_names.h"
 #include "zestra/stream/memory_buffer.h"
@@ -369,18 +370,32 @@ std::string Nested(int levels, const std::string& open, const std::string& close
   return page;
 }
 
+// Gumbo's tree converted and freed without the parser's nesting limit.
+std::unique_ptr<HtmlDocTree> ConvertUnlimited(const std::string& utf8) {
+  auto tree = std::make_unique<HtmlDocTree>(Orvel::Utf8Charset);
+  OrvelParser::GumboTreeConverter::Parse(utf8, Keywords(), *tree, Orvel::Utf8Charset);
+  return tree;
+}
+
 TEST(HtmlDocParser, DeepNestingNeedsNoDeepStack) {
-  // Parsing, converting and freeing run on a thread with a 1 MiB stack;
-  // one stack frame per level would overflow it.
+  // Converting and freeing run on a thread with a 1 MiB stack; one stack
+  // frame per level would overflow it.
   RunWithStack(1 << 20, [] {
-    const auto divs = Parse(Nested(20000, "<div>", "</div>"));
+    const auto divs = ConvertUnlimited(Nested(20000, "<div>", "</div>"));
     EXPECT_GE(Depth(divs->TopLevel()), 20000u);
-    const auto tables = Parse(Nested(20000, "<table><tr><td>", "</td></tr></table>"));
+    const auto tables = ConvertUnlimited(Nested(20000, "<table><tr><td>", "</td></tr></table>"));
     EXPECT_GE(Depth(tables->TopLevel()), 80000u);
     std::u16string text;
     tables->TopLevel()[0]->GetText(text);
     EXPECT_EQ(text, u"deep");
   });
+  // The parser flattens elements past depth 512 (html_nesting_limit.h):
+  // the text lies just below the deepest element kept.
+  const auto flattened = Parse(Nested(20000, "<div>", "</div>"));
+  EXPECT_EQ(Depth(flattened->TopLevel()), 513u);
+  std::u16string text;
+  flattened->TopLevel()[0]->GetText(text);
+  EXPECT_EQ(text, u"deep");
 }
 
 TEST(HtmlTreeNode, ReleasesDeepTreesWithoutRecursionAndKeepsSharedSubtrees) {

@@ -7,7 +7,11 @@
 // Invalid bytes become U+FFFD. The UTF-8 text, at most kMaxDocumentBytes
 // (1 GiB) of it, is parsed by Gumbo, an HTML5-conformant parser, so
 // malformed markup is repaired as browsers repair it and character
-// references are decoded.
+// references are decoded. Elements nested deeper than 512 levels are
+// flattened first, as browsers cap their trees: the start tags that would
+// open them are dropped and their content stays in the element at the
+// limit (the cap keeps Gumbo's time, which grows with the square of the
+// depth, bounded).
 //
 // Thread-safety: a parser is used by one thread; the keyword table may be
 // shared by parsers on many threads.
