@@ -44,6 +44,7 @@ std::string JsonRecord(const std::string& path, const Outcome& outcome) {
     record["title"] = outcome.result.title;
     record["type"] = TypeName(outcome.result.type);
     record["charset"] = outcome.result.charset_name;
+    record["layout"] = zestra::LayoutName(outcome.result.layout);
     record["text"] = outcome.result.text;
   }
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -104,6 +105,7 @@ class ExtractRun {
       zestra::Options options;
       options.charset = settings_.charset;
       options.whole_text = settings_.whole;
+      options.layout = settings_.layout;
       outcome.result = zestra::Extract(bytes, options);
       if (!settings_.out_dir.empty()) WriteFile(page, outcome);
     } catch (const std::bad_alloc&) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "zestra/zestra.h"
+
 namespace zestra_tool {
 
 // Exit statuses of the tool.
@@ -20,6 +22,8 @@ struct ExtractSettings {
   int charset = -1;
   // The whole text, unranked.
   bool whole = false;
+  // How the pages are laid out (zestra::Layout).
+  zestra::Layout layout = zestra::Layout::kBlocks;
   // "text", "json", or empty: JSON Lines for a batch on standard output,
   // text otherwise.
   std::string format;

@@ -19,13 +19,14 @@ const char kExtractExamples[] = R"(
 Examples:
   zestra extract page.html                 the main text of one page
   zestra extract --whole page.html         every text of the page, unranked
+  zestra extract --layout tables old.html  a page laid out with HTML tables, read as the 1990s wrote them
   curl -s https://example.org/ | zestra extract -
   zestra extract --charset windows-1251 old-page.htm
   zestra extract site/ > pages.jsonl       every page below site/, one JSON object a line
   zestra extract --jobs 4 --out-dir texts/ site/   one .txt file per page, mirroring site/
 
 One page gives its text; several pages or a directory give JSON Lines
-({"path", "title", "type": "content"|"links", "charset", "text"}; a page that
+({"path", "title", "type": "content"|"links", "charset", "layout", "text"}; a page that
 failed gives {"path", "error"}). Exit status: 0 when every page was read, 1
 when some failed, 2 when none could be read or the arguments are wrong.
 )";
@@ -38,6 +39,10 @@ Prints each table with its grid size (columns x rows), nesting level, rank
 and whether it won, each cell with its counters, rank and whether its text
 was kept, and each text shortened to one line.
 )";
+
+const char kLayoutHelp[] =
+    "How pages are laid out: blocks (today's pages: divisions, sections, lists; the default) or tables "
+    "(pages laid out with HTML tables; the reference behaviour, the text of the library's Beautify)";
 
 // The code page that `label` names; false when none.
 bool ParseCharset(const std::string& label, int* charset) {
@@ -71,6 +76,10 @@ int main(int argc, char** argv) {
                               "shift_jis, ...) or a code page number (1252); default: sniff as browsers do")
       ->type_name("NAME");
   extract_command->add_flag("--whole", extract.whole, "The whole text of each page, unranked");
+  std::string extract_layout = "blocks";
+  extract_command->add_option("--layout", extract_layout, kLayoutHelp)
+      ->check(CLI::IsMember({"blocks", "tables"}))
+      ->type_name("blocks|tables");
   extract_command->add_option("--format", extract.format,
                               "text or json; default: text for one page, JSON Lines for several")
       ->check(CLI::IsMember({"text", "json"}))
@@ -97,6 +106,10 @@ int main(int argc, char** argv) {
       ->required()
       ->type_name("FILE|-");
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
+  std::string tree_layout = "blocks";
+  tree_command->add_option("--layout", tree_layout, "As for extract")
+      ->check(CLI::IsMember({"blocks", "tables"}))
+      ->type_name("blocks|tables");
   tree_command->footer(kTreeExamples);
 
   // CLI11 would only say that a command is required.
@@ -115,8 +128,10 @@ int main(int argc, char** argv) {
 
   if (extract_command->parsed()) {
     if (!ParseCharset(extract_charset, &extract.charset)) return kExitError;
+    zestra::LayoutFromName(extract_layout, &extract.layout);  // checked by the parser
     return zestra_tool::RunExtract(extract);
   }
   if (!ParseCharset(tree_charset, &tree.charset)) return kExitError;
+  zestra::LayoutFromName(tree_layout, &tree.layout);
   return zestra_tool::RunTree(tree);
 }

@@ -10,6 +10,7 @@
 #include "extract_command.h"
 #include "page_reader.h"
 #include "zestra/api/document_tree.h"
+#include "zestra/api/layout_tuning.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/k_cell.h"
 #include "zestra/model/k_cell_item.h"
@@ -80,9 +81,10 @@ std::string Preview(const std::u16string& text) {
 
 class TreePrinter {
  public:
+  // Ranks with `weights`, or with the default weights when it is null.
   TreePrinter(const SmartPtr<KTable>& root, const ZestraNS::KStatistics& document,
-              const ZestraNS::ZestraVisitorStrategy& selection)
-      : root_(root), document_(document), selection_(selection), parameters_(new ZestraNS::KRankParameters()) {
+              const ZestraNS::ZestraVisitorStrategy& selection, const ZestraNS::ZestraRankWeights* weights)
+      : root_(root), document_(document), selection_(selection), parameters_(Parameters(weights)) {
     if (parameters_.IsNull()) throw std::bad_alloc();
   }
 
@@ -102,6 +104,13 @@ class TreePrinter {
   }
 
  private:
+  static SmartPtr<ZestraNS::KRankParameters> Parameters(const ZestraNS::ZestraRankWeights* weights) {
+    if (weights == nullptr) return SmartPtr<ZestraNS::KRankParameters>(new ZestraNS::KRankParameters());
+    return ZestraNS::KRankParameters::WithWeights(weights->link_density.data(), weights->words_per_cell.data(),
+                                                  weights->word_count.data(),
+                                                  static_cast<uint32_t>(weights->link_density.size()));
+  }
+
   struct Frame {
     SmartPtr<KTable> table;  // the table of a table frame; the cell's table in a cell frame
     SmartPtr<KCell> cell;    // null in a table frame
@@ -173,8 +182,8 @@ class TreePrinter {
   const SmartPtr<KTable>& root_;
   const ZestraNS::KStatistics& document_;
   const ZestraNS::ZestraVisitorStrategy& selection_;
-  // Ranks use the default weights, as both parameter sets of the extraction
-  // do; only their thresholds differ.
+  // Ranks use the weights of the layout, as both parameter sets of the
+  // extraction do; only their thresholds differ.
   SmartPtr<ZestraNS::KRankParameters> parameters_;
   std::vector<Frame> stack_;
 };
@@ -192,21 +201,26 @@ int RunTree(const TreeSettings& settings) {
   // built in that charset, as the extraction built it.
   zestra::Options options;
   options.charset = settings.charset;
+  options.layout = settings.layout;
   const zestra::Result result = zestra::Extract(bytes, options);
   OrvelFile::MemoryBuffer input(bytes.data(), static_cast<unsigned int>(std::min(bytes.size(), zestra::kMaxInputBytes)),
                                 OrvelFile::MemoryBuffer::kReadInPlace);
-  const SmartPtr<KTable> root = ZestraNS::GetDocumentTree(input, static_cast<Orvel::CHARSET>(result.charset));
+  const ZestraNS::LayoutMode mode =
+      settings.layout == zestra::Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
+  const SmartPtr<KTable> root = ZestraNS::GetDocumentTree(input, static_cast<Orvel::CHARSET>(result.charset), mode);
 
   ZestraNS::KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   const bool links = result.type == zestra::DocumentType::kLinks;
-  Selection selection(root, links, nullptr);
-  std::printf("document  words %u  link words %u  links %u  tables %u  %s  charset %s\n", document.Words(),
-              document.WordsInLinksAndImages(), document.Links(), document.Tables(),
-              links ? "link document" : "content document", result.charset_name.c_str());
+  const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(mode);
+  Selection selection(root, links, tuning.values, tuning.weights);
+  std::printf("document  words %u  link words %u  links %u  tables %u  %s  charset %s  layout %s\n",
+              document.Words(), document.WordsInLinksAndImages(), document.Links(), document.Tables(),
+              links ? "link document" : "content document", result.charset_name.c_str(),
+              zestra::LayoutName(result.layout));
   std::printf("kept      %u words, %s\n", selection.CountWords(),
               links ? "the whole text" : "the cells kept in the tables that won");
-  TreePrinter(root, document, *selection.Installed()).Print();
+  TreePrinter(root, document, *selection.Installed(), tuning.weights).Print();
   return kExitOk;
 }
 

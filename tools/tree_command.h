@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "zestra/zestra.h"
+
 namespace zestra_tool {
 
 struct TreeSettings {
@@ -13,6 +15,8 @@ struct TreeSettings {
   std::string input;
   // The code page to read the page in, or zestra::kSniffCharset.
   int charset = -1;
+  // How the page is laid out (zestra::Layout).
+  zestra::Layout layout = zestra::Layout::kBlocks;
 };
 
 // Prints the tree to standard output and returns the exit status: 0, or 2

@@ -7,8 +7,9 @@
 //   zestra::Result page = zestra::Extract(html_bytes);
 //   std::cout << page.title << "\n\n" << page.text;
 //
-// Extract runs the same engine as ZestraNS::Beautify over bytes
-// (zestra/api/beautify.h) and gives the same text, converted from UTF-16 to
+// Extract runs the ranking engine of ZestraNS::Beautify over bytes
+// (zestra/api/beautify.h) on a layout tree of its choice (Layout): with
+// Layout::kTables it gives Beautify's text exactly, converted from UTF-16 to
 // UTF-8. Programs in other languages use the C interface, zestra_c.h.
 //
 // Thread-safety: Extract keeps no state between calls and takes no lock;
@@ -51,8 +52,23 @@ enum class DocumentType : int {
   kContent = 1,
 };
 
+// How Extract reads the layout of a page before it ranks it.
+enum class Layout : int {
+  // Pages laid out with HTML tables, as the web was written in the 1990s:
+  // only HTML tables are tables of the layout tree. The reference
+  // behaviour, the text of ZestraNS::Beautify byte for byte.
+  kTables = 0,
+  // Pages laid out with block elements, as today's are: a block of several
+  // paragraphs, list items or boxes is a table of its own, content a reader
+  // never sees is left out, and navigation, sidebars, share bars and
+  // comments weigh as links. Tables of the page still read as tables.
+  kBlocks = 1,
+};
+// Extract reads any other value as kBlocks.
+
 // How Extract reads a document. New fields are added at the end with a
-// default that keeps the behaviour of earlier versions.
+// default that keeps the behaviour of earlier versions, save `layout`,
+// whose default is the layout that serves today's pages.
 struct Options {
   // The code page of the bytes (65001 UTF-8, 1252 windows-1252, 1201
   // UTF-16LE, 1251 windows-1251, 932 Shift_JIS, ...; CharsetFromLabel maps
@@ -62,6 +78,8 @@ struct Options {
   int charset = kSniffCharset;
   // True: return every text of the document, unranked, whatever its type.
   bool whole_text = false;
+  // The layout the page is read with; see Layout.
+  Layout layout = Layout::kBlocks;
 };
 
 // What Extract found. Every string is UTF-8.
@@ -81,6 +99,8 @@ struct Result {
   // The name of `charset` in lower case, as the WHATWG Encoding Standard
   // spells it: "utf-8", "windows-1252", "shift_jis", "utf-16le".
   std::string charset_name;
+  // The layout the page was read with (Options::layout).
+  Layout layout = Layout::kBlocks;
 };
 
 // Extracts the main text of the HTML document in `bytes` (at most
@@ -99,6 +119,13 @@ ZESTRA_EXPORT int CharsetFromLabel(std::string_view label);
 // library does not support it. Synonyms give the name of their charset
 // (28591, ISO-8859-1, gives "windows-1252", as browsers read it).
 ZESTRA_EXPORT std::string CharsetName(int charset);
+
+// The name of a layout: "tables" or "blocks".
+ZESTRA_EXPORT const char* LayoutName(Layout layout);
+
+// The layout named `name` ("tables" or "blocks", lower case); false, with
+// `*layout` unchanged, for any other name.
+ZESTRA_EXPORT bool LayoutFromName(std::string_view name, Layout* layout);
 
 // The version of the library, "MAJOR.MINOR.PATCH".
 ZESTRA_EXPORT const char* Version();

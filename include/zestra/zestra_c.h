@@ -42,8 +42,9 @@ extern "C" {
 /* What zestra_extract reports. */
 typedef enum zestra_status {
   ZESTRA_OK = 0,
-  /* A required pointer is null, or the options' size is smaller than any
-   * version of zestra_options. Nothing was allocated. */
+  /* A required pointer is null, the options' size is smaller than any
+   * version of zestra_options, or an option has a value it cannot take.
+   * Nothing was allocated. */
   ZESTRA_INVALID_ARGUMENT = 1,
   /* Memory ran out. Nothing was allocated. */
   ZESTRA_OUT_OF_MEMORY = 2,
@@ -59,6 +60,15 @@ typedef enum zestra_document_type {
   ZESTRA_CONTENT_DOCUMENT = 1
 } zestra_document_type;
 
+/* How zestra_extract reads the layout of a page (zestra::Layout in
+ * zestra.h). */
+typedef enum zestra_layout {
+  /* Pages laid out with HTML tables; the reference behaviour. */
+  ZESTRA_LAYOUT_TABLES = 0,
+  /* Pages laid out with block elements, as today's are. The default. */
+  ZESTRA_LAYOUT_BLOCKS = 1
+} zestra_layout;
+
 /* How zestra_extract reads a document. Fill it with zestra_options_init,
  * then change fields. */
 typedef struct zestra_options {
@@ -72,6 +82,10 @@ typedef struct zestra_options {
   int charset;
   /* Non-zero: return every text of the document, unranked. Default 0. */
   int whole_text;
+  /* A zestra_layout value. Default ZESTRA_LAYOUT_BLOCKS, also for callers
+   * whose options end before this field. Any other value makes
+   * zestra_extract fail with ZESTRA_INVALID_ARGUMENT. */
+  int layout;
 } zestra_options;
 
 /* The result of zestra_extract. Every string is UTF-8 and ends with a NUL
@@ -89,6 +103,8 @@ typedef struct zestra_result {
    * ("utf-8", "windows-1252"). */
   int charset;
   const char* charset_name;
+  /* The layout the page was read with. */
+  zestra_layout layout;
 } zestra_result;
 
 /* Sets `options` to the defaults of this header's version, its size field

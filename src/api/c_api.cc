@@ -14,14 +14,22 @@ namespace {
 // smaller options are refused.
 constexpr size_t kMinOptionsSize = offsetof(zestra_options, whole_text) + sizeof(int);
 
+// The size of options that hold the layout field, added in the second
+// version.
+constexpr size_t kLayoutOptionsSize = offsetof(zestra_options, layout) + sizeof(int);
+
 // A field added to zestra_options later is read only when options->size
-// reaches past it, and keeps its default otherwise.
-zestra::Options CppOptions(const zestra_options* options) {
-  zestra::Options cpp;
-  if (options == nullptr) return cpp;
-  cpp.charset = options->charset;
-  cpp.whole_text = options->whole_text != 0;
-  return cpp;
+// reaches past it, and keeps its default otherwise. False when a field has
+// a value it cannot take.
+bool CppOptions(const zestra_options* options, zestra::Options* cpp) {
+  if (options == nullptr) return true;
+  cpp->charset = options->charset;
+  cpp->whole_text = options->whole_text != 0;
+  if (options->size >= kLayoutOptionsSize) {
+    if (options->layout != ZESTRA_LAYOUT_TABLES && options->layout != ZESTRA_LAYOUT_BLOCKS) return false;
+    cpp->layout = options->layout == ZESTRA_LAYOUT_TABLES ? zestra::Layout::kTables : zestra::Layout::kBlocks;
+  }
+  return true;
 }
 
 // Copies `text` with a NUL after it to `*cursor` and moves the cursor past
@@ -49,6 +57,7 @@ zestra_result* NewResult(const zestra::Result& cpp) {
   result->type = cpp.type == zestra::DocumentType::kContent ? ZESTRA_CONTENT_DOCUMENT : ZESTRA_LINK_DOCUMENT;
   result->charset = cpp.charset;
   result->charset_name = Place(cpp.charset_name, &cursor);
+  result->layout = cpp.layout == zestra::Layout::kTables ? ZESTRA_LAYOUT_TABLES : ZESTRA_LAYOUT_BLOCKS;
   return result;
 }
 
@@ -62,6 +71,7 @@ void zestra_options_init(zestra_options* options) {
   options->size = sizeof(zestra_options);
   options->charset = defaults.charset;
   options->whole_text = defaults.whole_text ? 1 : 0;
+  options->layout = defaults.layout == zestra::Layout::kTables ? ZESTRA_LAYOUT_TABLES : ZESTRA_LAYOUT_BLOCKS;
 }
 
 zestra_status zestra_extract(const void* bytes, size_t size, const zestra_options* options,
@@ -71,10 +81,12 @@ zestra_status zestra_extract(const void* bytes, size_t size, const zestra_option
   if ((bytes == nullptr && size > 0) || (options != nullptr && options->size < kMinOptionsSize)) {
     return ZESTRA_INVALID_ARGUMENT;
   }
+  zestra::Options cpp_options;
+  if (!CppOptions(options, &cpp_options)) return ZESTRA_INVALID_ARGUMENT;
   // No exception may leave a C function.
   try {
     const std::string_view input(static_cast<const char*>(bytes), bytes == nullptr ? 0 : size);
-    *result = NewResult(zestra::Extract(input, CppOptions(options)));
+    *result = NewResult(zestra::Extract(input, cpp_options));
     return *result != nullptr ? ZESTRA_OK : ZESTRA_OUT_OF_MEMORY;
   } catch (const std::bad_alloc&) {
     return ZESTRA_OUT_OF_MEMORY;

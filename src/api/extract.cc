@@ -73,14 +73,16 @@ Result Extract(std::string_view bytes, const Options& options) {
   Result result;
   std::u16string title;
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
-  ZestraNS::BuildTreeFromDocTree(tree, root, &title);
+  const ZestraNS::LayoutMode mode =
+      options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
+  ZestraNS::BuildTreeFromDocTree(tree, root, &title, mode);
 
   OrvelFile::MemoryBuffer text(kTextBufferCapacity);
   ZestraNS::DocumentType type = ZestraNS::LinkDocument;
   if (options.whole_text) {
     type = ExtractWholeText(root, text);
   } else {
-    ZestraNS::ExtractText(root, text, &type);
+    ZestraNS::ExtractText(root, text, &type, mode);
   }
   root = nullptr;  // the tree is not needed for the conversion
 
@@ -89,6 +91,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   result.type = type == ZestraNS::ContentDocument ? DocumentType::kContent : DocumentType::kLinks;
   result.charset = tree.DocumentCharset();
   result.charset_name = CharsetName(result.charset);
+  result.layout = mode == ZestraNS::LayoutMode::kTables ? Layout::kTables : Layout::kBlocks;
   return result;
 }
 
@@ -109,6 +112,19 @@ std::string CharsetName(int charset) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return lower;
+}
+
+const char* LayoutName(Layout layout) { return layout == Layout::kTables ? "tables" : "blocks"; }
+
+bool LayoutFromName(std::string_view name, Layout* layout) {
+  if (name == "tables") {
+    *layout = Layout::kTables;
+  } else if (name == "blocks") {
+    *layout = Layout::kBlocks;
+  } else {
+    return false;
+  }
+  return true;
 }
 
 const char* Version() { return kVersion; }

@@ -1,6 +1,6 @@
 #include "api/extract_text.h"
 
-#include "api/layout_tuning.h"
+#include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/traversal/zestra_text_extractor.h"
 

@@ -9,9 +9,9 @@
 
 #include <cstdint>
 
-#include "builder/layout_mode.h"
 #include "zestra/api/beautify.h"
 #include "zestra/base/smart_ptr.h"
+#include "zestra/builder/layout_mode.h"
 #include "zestra/model/k_table.h"
 #include "zestra/stream/binary_stream_buf.h"
 
@@ -36,7 +36,7 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 // its ClassifyDocument in `*type`, and appends the extracted text at the put
 // position of `out`: the whole text for a LinkDocument, the ranked
 // selection for a ContentDocument (ZestraTextExtractor with the tuning of
-// `mode`, layout_tuning.h: its built-in parameters for kTables). `mode` is
+// `mode`, zestra/api/layout_tuning.h: its built-in parameters for kTables). `mode` is
 // the layout the tree was built with.
 // REQUIRES: root and type are not null.
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,

@@ -5,8 +5,13 @@
 namespace ZestraNS {
 
 Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset) {
+  return GetDocumentTree(in, charset, LayoutMode::kTables);
+}
+
+Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
+                                        LayoutMode mode) {
   Orvel::SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
-  BuildTreeFromStream(in, charset, root, nullptr);
+  BuildTreeFromStream(in, charset, root, nullptr, mode);
   return root;
 }
 

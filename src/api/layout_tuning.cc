@@ -1,4 +1,4 @@
-#include "api/layout_tuning.h"
+#include "zestra/api/layout_tuning.h"
 
 namespace ZestraNS {
 

@@ -6,7 +6,8 @@
 // (layout_walk.h). A document that parses to no nodes, or whose first
 // top-level node has no children, builds no content cell.
 //
-// `mode` chooses the walk (layout_mode.h); kTables unless asked.
+// `mode` chooses the walk (zestra/builder/layout_mode.h): layout_walk.h for
+// kTables, the default, block_layout_walk.h for kBlocks.
 //
 // attribute_text (may be null) receives the document's title (the text of
 // the nodes with the title attribute) when the parse has nodes and that
@@ -19,9 +20,9 @@
 
 #include <string>
 
-#include "builder/layout_mode.h"
 #include "zestra/base/charset.h"
 #include "zestra/base/smart_ptr.h"
+#include "zestra/builder/layout_mode.h"
 #include "zestra/model/k_table.h"
 #include "zestra/platform/html_doc_tree.h"
 #include "zestra/stream/binary_stream_buf.h"

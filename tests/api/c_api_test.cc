@@ -39,6 +39,7 @@ TEST(CApiTest, ResultMatchesCppInterface) {
   EXPECT_EQ(options.size, sizeof(zestra_options));
   EXPECT_EQ(options.charset, ZESTRA_CHARSET_SNIFF);
   EXPECT_EQ(options.whole_text, 0);
+  EXPECT_EQ(options.layout, ZESTRA_LAYOUT_BLOCKS);
   options.whole_text = 1;
   options.charset = 1252;
   ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
@@ -82,15 +83,53 @@ TEST(CApiTest, OptionsSizeDecidesWhatIsRead) {
   // are read as far as it knows them.
   struct Newer {
     zestra_options known;
-    int layout;
+    int future_field;
   } newer;
   zestra_options_init(&newer.known);
   newer.known.size = sizeof(Newer);
   newer.known.whole_text = 1;
-  newer.layout = 7;
+  newer.future_field = 7;
   ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &newer.known, &result), ZESTRA_OK);
   EXPECT_EQ(std::strncmp(result->text, "Home", 4), 0);
   zestra_result_free(result);
+}
+
+TEST(CApiTest, LayoutOption) {
+  // Laid out with blocks: the tables layout keeps the navigation.
+  const char kPage[] =
+      "<nav><a href=/a>Home</a> <a href=/b>News</a></nav><p>Plain words of a page laid out with blocks, "
+      "which only the blocks layout tells from the navigation above them.</p><p>And a second paragraph.</p>";
+  zestra::Options tables;
+  tables.layout = zestra::Layout::kTables;
+  const std::string tables_text = zestra::Extract(kPage, tables).text;
+  const std::string blocks_text = zestra::Extract(kPage).text;
+  ASSERT_EQ(tables_text.rfind("Home News", 0), 0u) << tables_text;
+  ASSERT_EQ(blocks_text.rfind("Plain words", 0), 0u) << blocks_text;
+
+  zestra_result* result = nullptr;
+  zestra_options options;
+  zestra_options_init(&options);
+  options.layout = ZESTRA_LAYOUT_TABLES;
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
+  EXPECT_EQ(Bytes(result->text, result->text_size), tables_text);
+  EXPECT_EQ(result->layout, ZESTRA_LAYOUT_TABLES);
+  zestra_result_free(result);
+
+  // Options of the first version end before the layout: the default.
+  options.size = offsetof(zestra_options, layout);
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
+  EXPECT_EQ(Bytes(result->text, result->text_size), blocks_text);
+  EXPECT_EQ(result->layout, ZESTRA_LAYOUT_BLOCKS);
+  zestra_result_free(result);
+
+  // A layout this library does not know is refused.
+  options.size = sizeof(zestra_options);
+  for (int bad : {-1, 2, 7}) {
+    options.layout = bad;
+    result = reinterpret_cast<zestra_result*>(0x1);
+    EXPECT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_INVALID_ARGUMENT) << bad;
+    EXPECT_EQ(result, nullptr);
+  }
 }
 
 TEST(CApiTest, LabelsAndVersion) {

@@ -48,15 +48,25 @@ Reference Beautified(const std::string& bytes) {
 }
 
 TEST(ExtractTest, ArticleTextTitleTypeAndCharset) {
-  const Result result = Extract(kArticle);
+  Options tables;
+  tables.layout = Layout::kTables;
+  const Result result = Extract(kArticle, tables);
   EXPECT_EQ(result.text, kArticleText);
   EXPECT_EQ(result.title, "The Article");
   EXPECT_EQ(result.type, DocumentType::kContent);
   EXPECT_EQ(result.charset, 1252);  // pure ASCII without a declaration
   EXPECT_EQ(result.charset_name, "windows-1252");
+  EXPECT_EQ(result.layout, Layout::kTables);
+
+  // The blocks layout, the default, reads the article cell as a block of
+  // two paragraphs: a table of its own, whose last text is a paragraph's.
+  const Result blocks = Extract(kArticle);
+  EXPECT_EQ(blocks.layout, Layout::kBlocks);
+  EXPECT_EQ(blocks.text + "\n", kArticleText);
+  EXPECT_EQ(blocks.title, "The Article");
 
   // The whole text keeps the navigation; the type is still the document's.
-  Options whole;
+  Options whole = tables;
   whole.whole_text = true;
   const Result everything = Extract(kArticle, whole);
   EXPECT_EQ(everything.text.rfind("Home\nNews\nAbout us\n", 0), 0u) << everything.text;
@@ -138,12 +148,27 @@ TEST(ExtractTest, CharsetLabelsAndNames) {
   EXPECT_EQ(CharsetName(4242), "");
 }
 
+TEST(ExtractTest, LayoutNames) {
+  EXPECT_STREQ(LayoutName(Layout::kTables), "tables");
+  EXPECT_STREQ(LayoutName(Layout::kBlocks), "blocks");
+  Layout layout = Layout::kTables;
+  EXPECT_TRUE(LayoutFromName("blocks", &layout));
+  EXPECT_EQ(layout, Layout::kBlocks);
+  EXPECT_TRUE(LayoutFromName("tables", &layout));
+  EXPECT_EQ(layout, Layout::kTables);
+  for (const char* bad : {"", "Blocks", "table", "blocks ", "grid"}) {
+    EXPECT_FALSE(LayoutFromName(bad, &layout)) << bad;
+    EXPECT_EQ(layout, Layout::kTables) << bad;
+  }
+  EXPECT_EQ(Options().layout, Layout::kBlocks);
+}
+
 TEST(ExtractTest, VersionIsTheProjectVersion) {
   EXPECT_STREQ(Version(), ZESTRA_PROJECT_VERSION);
 }
 
-// Extract gives Beautify's text, title and type on every page of the
-// development set.
+// Extract in the tables layout gives Beautify's text, title and type on
+// every page of the development set.
 TEST(ExtractTest, SameAsBeautifyOnDevelopmentSet) {
   const std::filesystem::path root_dir = ZESTRA_SOURCE_DIR "/../shared/devset/readability";
   if (!std::filesystem::is_directory(root_dir)) GTEST_SKIP() << "no development set at " << root_dir;
@@ -155,7 +180,9 @@ TEST(ExtractTest, SameAsBeautifyOnDevelopmentSet) {
     std::stringstream bytes;
     bytes << file.rdbuf();
     const Reference reference = Beautified(bytes.str());
-    const Result result = Extract(bytes.str());
+    Options tables;
+    tables.layout = Layout::kTables;
+    const Result result = Extract(bytes.str(), tables);
     SCOPED_TRACE(source.string());
     EXPECT_EQ(result.text, reference.text);
     EXPECT_EQ(result.title, reference.title);

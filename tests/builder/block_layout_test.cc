@@ -10,6 +10,7 @@
 #include "builder/build_tree.h"
 #include "builder/html_node_builder.h"
 #include "builder/keyword_table.h"
+#include "zestra/api/document_tree.h"
 #include "builder/layout_dump.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
@@ -76,6 +77,22 @@ TEST(BlockLayoutTest, BlocksOfSeveralUnitsBecomeTablesOfOneColumn) {
             "                text \"a\\n\\n\"\n"
             "              cell 0,1 words 2 inlink 0 links 0 tables 0\n"
             "                text \"b c\\n\\n\"\n");
+}
+
+TEST(BlockLayoutTest, DocumentTreeOfEachLayout) {
+  const std::string page = "<p>a</p><p>b</p>";
+  const auto tree_of = [&page](auto... mode) {
+    OrvelFile::MemoryBuffer input(page.data(), static_cast<unsigned int>(page.size()),
+                                  OrvelFile::MemoryBuffer::kReadInPlace);
+    return DumpLayout(*GetDocumentTree(input, Orvel::Utf8Charset, mode...));
+  };
+  EXPECT_EQ(tree_of(LayoutMode::kBlocks), DumpLayout(*BuildPage(page)));
+  EXPECT_EQ(tree_of(LayoutMode::kTables),
+            "table 1x3 level 0\n"
+            "  cell 0,1 words 2 inlink 0 links 0 tables 0\n"
+            "    text \"a\\n\\n\"\n"
+            "    text \"b\\n\\n\"\n");
+  EXPECT_EQ(tree_of(), tree_of(LayoutMode::kTables));
 }
 
 TEST(BlockLayoutTest, WrappersOfOneUnitAddNoLevel) {

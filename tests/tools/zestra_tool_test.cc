@@ -153,7 +153,7 @@ TEST(ZestraToolTest, OutputForms) {
   const ToolRun json = RunTool({"extract", "--format", "json", "-"}, kPage, folder);
   EXPECT_EQ(Json::parse(json.out),
             Json({{"path", "-"}, {"title", "Small page"}, {"type", "content"}, {"charset", "windows-1252"},
-                  {"text", text}}));
+                  {"layout", "blocks"}, {"text", text}}));
   EXPECT_EQ(json.err, "");  // one page: no summary
 
   // A directory: its pages in path order, compressed ones read through.
@@ -202,16 +202,16 @@ TEST(ZestraToolTest, HelpVersionAndTree) {
 
   const ToolRun help = RunTool({"extract", "--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--charset", "--whole", "--format", "--jobs", "--out-dir", "--quiet", "--progress",
-                             "Examples:", "zestra extract page.html"}) {
+  for (const char* option : {"--charset", "--whole", "--layout", "--format", "--jobs", "--out-dir", "--quiet",
+                             "--progress", "Examples:", "zestra extract page.html"}) {
     EXPECT_NE(help.out.find(option), std::string::npos) << option;
   }
   EXPECT_NE(RunTool({"--help"}).out.find("tree"), std::string::npos);
 
-  const ToolRun tree = RunTool({"tree", kSample.string()});
+  const ToolRun tree = RunTool({"tree", "--layout", "tables", kSample.string()});
   EXPECT_EQ(tree.status, 0);
   EXPECT_EQ(tree.out.rfind("document  words 274  link words 25  links 18  tables 5  content document  "
-                           "charset utf-8\n",
+                           "charset utf-8  layout tables\n",
                            0),
             0u)
       << tree.out;
@@ -223,6 +223,40 @@ TEST(ZestraToolTest, HelpVersionAndTree) {
   EXPECT_NE(tree.out.find("cell (1,0)  words 12  link words 7  links 6  tables 0  rank 0.4167  dropped (table "
                           "lost)\n"),
             std::string::npos);
+}
+
+TEST(ZestraToolTest, LayoutOption) {
+  const fs::path folder = ScratchFolder("layout");
+  WriteFile(folder / "blocks.html",
+            "<title>Blocks</title><nav><a href=/a>Home</a> <a href=/b>News</a></nav><article><p>Plain words of "
+            "a page laid out with blocks, which the blocks layout tells from the navigation.</p>"
+            "<p>A second paragraph.</p></article><footer><p>A footer line</p></footer>");
+  const std::string article =
+      "Plain words of a page laid out with blocks, which the blocks layout tells from the navigation.\n\n"
+      "A second paragraph.\n\n";
+  EXPECT_EQ(RunTool({"extract", "blocks.html"}, "", folder).out, article);
+  EXPECT_EQ(RunTool({"extract", "--layout", "blocks", "blocks.html"}, "", folder).out, article);
+  const std::string everything = RunTool({"extract", "--layout", "tables", "blocks.html"}, "", folder).out;
+  EXPECT_EQ(everything.rfind("Home News", 0), 0u) << everything;
+
+  const Json tables = Json::parse(RunTool({"extract", "--layout", "tables", "--format", "json", "blocks.html"}, "",
+                                          folder).out);
+  EXPECT_EQ(tables["layout"], "tables");
+  EXPECT_EQ(tables["text"], everything);
+
+  const ToolRun bad = RunTool({"extract", "--layout", "grid", "blocks.html"}, "", folder);
+  EXPECT_EQ(bad.status, 2);
+  EXPECT_EQ(bad.err, "zestra: --layout: grid not in {blocks,tables}\n");
+  EXPECT_EQ(RunTool({"tree", "--layout", "grid", "blocks.html"}, "", folder).status, 2);
+
+  // The tree of the blocks layout: the article is a table of two rows that
+  // wins, the navigation's words are link words.
+  const ToolRun tree = RunTool({"tree", "blocks.html"}, "", folder);
+  EXPECT_EQ(tree.status, 0);
+  EXPECT_NE(tree.out.find("layout blocks\n"), std::string::npos) << tree.out;
+  EXPECT_NE(tree.out.find("table 1x2  level 2  rank "), std::string::npos) << tree.out;
+  EXPECT_NE(tree.out.find("won\n"), std::string::npos) << tree.out;
+  EXPECT_NE(tree.out.find("words 2  link words 2  links 2"), std::string::npos) << tree.out;
 }
 
 // One batch over the development set gives, page by page and in path

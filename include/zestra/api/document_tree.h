@@ -15,6 +15,7 @@
 
 #include "zestra/base/charset.h"
 #include "zestra/base/smart_ptr.h"
+#include "zestra/builder/layout_mode.h"
 #include "zestra/export.h"
 #include "zestra/model/k_table.h"
 #include "zestra/stream/binary_stream_buf.h"
@@ -29,6 +30,11 @@ namespace ZestraNS {
 // built tree is then released.
 ZESTRA_EXPORT Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in,
                                                       Orvel::CHARSET charset);
+
+// The same, built with the layout `mode` (zestra/builder/layout_mode.h); the
+// overload above builds with LayoutMode::kTables.
+ZESTRA_EXPORT Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in,
+                                                      Orvel::CHARSET charset, LayoutMode mode);
 
 }  // namespace ZestraNS
 

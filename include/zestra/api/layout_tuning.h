@@ -11,17 +11,21 @@
 // They were tuned on a development set of 130 pages; changes that move its
 // F1 by less than 0.01 are noise.
 //
-// Thread-safety: constant data.
+// Thread-safety: constant data; the pointers stay valid for the life of the
+// library.
 #ifndef ZESTRA_API_LAYOUT_TUNING_H_
 #define ZESTRA_API_LAYOUT_TUNING_H_
 
 #include <vector>
 
-#include "builder/layout_mode.h"
+#include "zestra/builder/layout_mode.h"
+#include "zestra/export.h"
 #include "zestra/traversal/zestra_text_extractor.h"
 
 namespace ZestraNS {
 
+// Hand both to ZestraTextExtractor to rank a tree of that layout as the
+// library's extraction does.
 struct LayoutTuning {
   // The extractor's nine values; null: the built-in ones.
   const std::vector<double>* values = nullptr;
@@ -30,7 +34,7 @@ struct LayoutTuning {
 };
 
 // The tuning of `mode`: both null for LayoutMode::kTables.
-LayoutTuning TuningOf(LayoutMode mode);
+ZESTRA_EXPORT LayoutTuning TuningOf(LayoutMode mode);
 
 }  // namespace ZestraNS
 
