@@ -68,6 +68,48 @@ void DestroyGumboOutput(const GumboOptions& options, GumboOutput* output) {
   gumbo_destroy_output(&options, output);
 }
 
+// Frees Gumbo's nodes one at a time during the conversion, so that the
+// memory of Gumbo's tree goes back while ours is built and the two trees
+// never stand whole side by side. A node is freed by Gumbo's own
+// gumbo_destroy_output, handed a shell output whose document is that node
+// (its children already freed and cut off); the deallocator installed by
+// Install skips the shell, which lives here and is used again.
+class NodeReleaser {
+ public:
+  // Routes the frees of `options` through this object. `options` must have
+  // parsed with malloc-compatible memory, as the default options do.
+  void Install(GumboOptions& options) {
+    free_ = options.deallocator;
+    free_userdata_ = options.userdata;
+    options.deallocator = &Deallocate;
+    options.userdata = this;
+    options_ = &options;
+  }
+
+  // Frees every node of `children` with what it owns, and empties the
+  // vector (its array goes with its owner).
+  // REQUIRES: the children of those nodes were freed the same way.
+  void ReleaseAll(GumboVector& children) {
+    for (unsigned i = 0; i < children.length; ++i) {
+      shell_ = GumboOutput{};
+      shell_.document = static_cast<GumboNode*>(children.data[i]);
+      gumbo_destroy_output(options_, &shell_);
+    }
+    children.length = 0;
+  }
+
+ private:
+  static void Deallocate(void* userdata, void* pointer) {
+    auto* self = static_cast<NodeReleaser*>(userdata);
+    if (pointer != &self->shell_) self->free_(self->free_userdata_, pointer);
+  }
+
+  GumboOutput shell_{};
+  const GumboOptions* options_ = nullptr;
+  GumboDeallocatorFunction free_ = nullptr;
+  void* free_userdata_ = nullptr;
+};
+
 }  // namespace
 
 void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& keywords, HtmlDocTree& tree,
@@ -81,6 +123,8 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
   options.max_errors = 0;  // parse errors are of no use here, and a broken page makes many
   GumboOutput* parsed = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
   if (parsed == nullptr) throw std::bad_alloc();
+  NodeReleaser releaser;
+  releaser.Install(options);
   const auto release = [&options](GumboOutput* output) { DestroyGumboOutput(options, output); };
   const std::unique_ptr<GumboOutput, decltype(release)> output(parsed, release);
 
@@ -110,7 +154,7 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
 
   uint32_t count = 0;
   struct Frame {
-    const GumboVector* children;
+    GumboVector* children;
     unsigned next;
     HtmlTreeNode::List* list;
   };
@@ -119,16 +163,19 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
   while (!stack.empty()) {
     Frame& frame = stack.back();
     if (frame.next == frame.children->length) {
+      // All converted, the children's own children freed before: the
+      // nodes of this list can go.
+      releaser.ReleaseAll(*frame.children);
       stack.pop_back();
       continue;
     }
-    const GumboNode& node = *static_cast<const GumboNode*>(frame.children->data[frame.next++]);
+    GumboNode& node = *static_cast<GumboNode*>(frame.children->data[frame.next++]);
     HtmlTreeNode::List& list = *frame.list;
     const bool top = stack.size() == 1;
     switch (node.type) {
       case GUMBO_NODE_ELEMENT:
       case GUMBO_NODE_TEMPLATE: {
-        const GumboElement& element = node.v.element;
+        GumboElement& element = node.v.element;
         const size_t start = element.start_pos.offset;
         // Elements the parser made up have no start tag in the source.
         size_t length = element.original_tag.length;

@@ -2,7 +2,9 @@
 // an HtmlDocTree of HtmlTreeNodes. Neither the conversion nor the release of
 // Gumbo's tree recurses once per level of nesting: both walk with explicit
 // stacks, and Gumbo's tree is flattened before Gumbo frees it (Gumbo frees
-// recursively).
+// recursively). Gumbo's nodes are freed as the conversion finishes with
+// them, so the peak memory is about that of Gumbo's tree alone, not of both
+// trees.
 //
 // Thread-safety: stateless; concurrent calls on distinct trees are safe.
 #ifndef ZESTRA_PLATFORM_GUMBO_TREE_CONVERTER_H_

@@ -34,10 +34,11 @@ using ZestraNS::DocumentType;
 constexpr uint64_t kFixedBytes = 8u << 20;
 constexpr uint64_t kBytesPerInputByte = 20;
 // Gumbo keeps about 250 bytes per element node (the node, its attribute and
-// child arrays, each a separate allocation), and the adapter's own tree is
-// built while Gumbo's is alive. Markup with an element every 10 to 40 bytes
-// (a million bare links) therefore needs 20 to 35 times its size; such
-// cases are held to this factor instead.
+// child arrays, each a separate allocation), and the memory it frees while
+// the adapter converts its tree is reused only in part by the adapter's
+// nodes. Markup with an element every 10 to 40 bytes (a million bare links)
+// therefore needs 20 to 30 times its size; such cases are held to this
+// factor instead.
 constexpr uint64_t kElementDenseFactor = 40;
 
 // The result of one extraction.
