@@ -28,20 +28,35 @@ constexpr std::string_view kHiddenWords[] = {
 constexpr bool IsSorted(const auto& words) { return std::is_sorted(std::begin(words), std::end(words)); }
 static_assert(IsSorted(kBoilerplateWords) && IsSorted(kCommentWords) && IsSorted(kHiddenWords));
 
-// Longest word of any list; longer parts cannot match.
+// Longest word of any list; longer parts can only match by their start.
 constexpr std::size_t kLongestWord = 18;
 
 bool IsAsciiSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 
 char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' - 'A')) : c; }
 
+// Words at least this long also match as the start of a part: class names
+// glue words together ("relatedposts", "sharedaddy", "socialicons"). Shorter
+// ones would match too much ("address", "menuitem", "navy").
+constexpr std::size_t kShortestPrefix = 5;
+
+// Whether `part` equals a word of `words` or, when `prefixes`, begins with
+// one of at least kShortestPrefix letters; ASCII case is ignored.
 template <std::size_t N>
-bool InList(std::string_view part, const std::string_view (&words)[N]) {
-  if (part.empty() || part.size() > kLongestWord) return false;
+bool InList(std::string_view part, const std::string_view (&words)[N], bool prefixes = false) {
+  if (part.empty()) return false;
   std::array<char, kLongestWord> buffer;
-  std::transform(part.begin(), part.end(), buffer.begin(), Lower);
-  const std::string_view lower(buffer.data(), part.size());
-  return std::binary_search(std::begin(words), std::end(words), lower);
+  const std::size_t size = std::min(part.size(), kLongestWord);
+  std::transform(part.begin(), part.begin() + static_cast<std::ptrdiff_t>(size), buffer.begin(), Lower);
+  const auto listed = [&words, &buffer](std::size_t length) {
+    return std::binary_search(std::begin(words), std::end(words), std::string_view(buffer.data(), length));
+  };
+  if (part.size() <= kLongestWord && listed(part.size())) return true;
+  if (!prefixes) return false;
+  for (std::size_t length = kShortestPrefix; length < part.size() && length <= size; ++length) {
+    if (listed(length)) return true;
+  }
+  return false;
 }
 
 // Calls `match` on each white-space separated token of `value` until it
@@ -67,7 +82,8 @@ constexpr std::size_t kMaxIdParts = 4;
 constexpr std::size_t kNoPartLimit = static_cast<std::size_t>(-1);
 
 template <std::size_t N>
-bool TokenOrPartInList(std::string_view token, const std::string_view (&words)[N], std::size_t max_parts) {
+bool TokenOrPartInList(std::string_view token, const std::string_view (&words)[N], std::size_t max_parts,
+                       bool prefixes) {
   if (InList(token, words)) return true;
   if (static_cast<std::size_t>(std::count_if(token.begin(), token.end(), [](char c) { return c == '-' || c == '_'; })) >=
       max_parts) {
@@ -77,8 +93,7 @@ bool TokenOrPartInList(std::string_view token, const std::string_view (&words)[N
   while (at <= token.size()) {
     std::size_t end = token.find_first_of("-_", at);
     if (end == std::string_view::npos) end = token.size();
-    // The whole token was tried already.
-    if (!(at == 0 && end == token.size()) && InList(token.substr(at, end - at), words)) return true;
+    if (InList(token.substr(at, end - at), words, prefixes)) return true;
     at = end + 1;
   }
   return false;
@@ -129,9 +144,13 @@ bool HasClassWord(std::string_view value, ClassWords words, NameAttribute from) 
   const std::size_t max_parts = from == NameAttribute::kId ? kMaxIdParts : kNoPartLimit;
   switch (words) {
     case ClassWords::kBoilerplate:
-      return AnyToken(value, [max_parts](std::string_view t) { return TokenOrPartInList(t, kBoilerplateWords, max_parts); });
+      return AnyToken(value, [max_parts](std::string_view t) {
+        return TokenOrPartInList(t, kBoilerplateWords, max_parts, true);
+      });
     case ClassWords::kComments:
-      return AnyToken(value, [max_parts](std::string_view t) { return TokenOrPartInList(t, kCommentWords, max_parts); });
+      return AnyToken(value, [max_parts](std::string_view t) {
+        return TokenOrPartInList(t, kCommentWords, max_parts, false);
+      });
     case ClassWords::kHidden:
       return AnyToken(value, [](std::string_view t) { return InList(t, kHiddenWords); });
   }

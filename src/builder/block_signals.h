@@ -5,10 +5,12 @@
 //
 // Class and id values are matched by words: a value is split at white space
 // into tokens and each token at '-' and '_' into parts; a part or a whole
-// token matches when it equals a listed word, ignoring ASCII case. So
-// "main-nav", "nav_links" and "NAV" name a nav, but "CtxtMenu" (MathJax's
-// context-menu hook on formulas), "canvas" or "shadow" do not name a menu, a
-// nav or an ad. Nothing is matched inside a part.
+// token matches when it equals a listed word, ignoring ASCII case, or, for
+// boilerplate words of five letters or more, when it begins with one (class
+// names glue words: "relatedposts", "socialicons"). So "main-nav",
+// "nav_links" and "NAV" name a nav, but "CtxtMenu" (MathJax's context-menu
+// hook on formulas), "canvas" or "shadow" do not name a menu, a nav or an
+// ad. Nothing is matched inside a part or at its end.
 //
 // Thread-safety: pure functions over constant data.
 #ifndef ZESTRA_BUILDER_BLOCK_SIGNALS_H_

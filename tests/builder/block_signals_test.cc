@@ -53,7 +53,12 @@ TEST(BlockSignalsTest, ClassWordsAreWholeWordsOrHyphenAndUnderscoreParts) {
   EXPECT_FALSE(Boilerplate("CtxtMenu"));
   EXPECT_FALSE(Boilerplate("MathJax_CtxtMenu_Box"));
   EXPECT_FALSE(Boilerplate("canvas shadow badge header load"));
-  EXPECT_FALSE(Boilerplate("navigational"));
+  // Words of five letters or more also match the start of a part.
+  EXPECT_TRUE(Boilerplate("jp-relatedposts"));
+  EXPECT_TRUE(Boilerplate("SocialIcons"));
+  EXPECT_TRUE(Boilerplate("a-relatedpostswithaverylongname"));  // a long part: its start
+  EXPECT_FALSE(Boilerplate("navy menuitem address"));  // shorter words: whole parts only
+  EXPECT_FALSE(Boilerplate("unrelated"));
   EXPECT_FALSE(Boilerplate(""));
   EXPECT_FALSE(Boilerplate(" - _ "));
   // A part longer than any listed word.
