@@ -48,6 +48,12 @@ CharClass Classify(uint32_t c) {
 
 BlockRole RoleOfId(uint32_t keyword_id) { return kRoles[keyword_id & 0xFF]; }
 
+BlockRole RoleOf(const HtmlTreeNode& node) {
+  const BlockRole role = RoleOfId(node.Id());
+  if (node.Id() == K::kIdGraphics && node.Name() == "math") return BlockRole::kInline;
+  return role;
+}
+
 uint32_t RoughWords(std::string_view utf8, bool& has_text) {
   uint32_t words = 0;
   bool in_word = false;
@@ -114,7 +120,7 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
     const uint32_t record = static_cast<uint32_t>(records_.size());
     records_.emplace_back();
     BlockNodeInfo& info = records_.back();
-    const BlockRole role = RoleOfId(node.Id());
+    const BlockRole role = RoleOf(node);
     if (role == BlockRole::kText) {
       bool has_text = false;
       info.words_ = RoughWords(node.Utf8Text(), has_text);
@@ -140,7 +146,7 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
 void BlockAnalysis::Finish(uint32_t record, const HtmlTreeNode& node) {
   BlockNodeInfo& info = records_[record];
   info.size_ = static_cast<uint32_t>(records_.size() - record);
-  const BlockRole role = RoleOfId(node.Id());
+  const BlockRole role = RoleOf(node);
   bool block = role == BlockRole::kBlock || role == BlockRole::kPre || role == BlockRole::kTable;
   uint32_t words = 0;
   bool has_text = false;

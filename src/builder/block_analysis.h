@@ -20,6 +20,8 @@
 //   - a visible block without text ends a run and is no unit;
 //   - children a reader does not see are ignored: they neither end a run
 //     nor form a unit.
+// What a reader does not see: elements whose role is kSkip (RoleOf) and
+// elements hidden by their markup (IsHiddenElement), with all they hold.
 // An element lays out as a block when its element is a block (paragraphs,
 // headings, divisions, sections, lists and list items, quotes, tables and
 // their parts, the document) or when it is an inline element with a child
@@ -56,6 +58,11 @@ enum class BlockRole : uint8_t {
 };
 
 BlockRole RoleOfId(uint32_t keyword_id);
+
+// The role of a node: that of its keyword id, except for MathML formulas
+// (<math>, skipped with the other graphics by the tables layout), which are
+// inline text here: their tokens are words a reader sees.
+BlockRole RoleOf(const OrvelParser::HtmlTreeNode& node);
 
 class BlockNodeInfo {
  public:

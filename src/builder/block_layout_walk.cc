@@ -8,9 +8,11 @@
 
 #include "builder/block_analysis.h"
 #include "builder/block_word_count.h"
+#include "builder/constant_strings.h"
 #include "builder/element_treatment.h"
 #include "builder/table_cells.h"
 #include "builder/text_items.h"
+#include "zestra/base/wide_chars.h"
 #include "zestra/model/k_cell_item.h"
 #include "zestra/model/k_table.h"
 #include "zestra/platform/html_keyword_table.h"
@@ -27,6 +29,7 @@ struct Flags {
   bool in_link = false;  // inside an anchor: words are link words
   bool pre = false;      // text is taken as it stands
   bool boilerplate = false;  // words count as link words
+  bool math = false;     // inside a formula: every text is a token of its own
 };
 
 // Siblings still to walk into a cell.
@@ -94,7 +97,8 @@ class BlockWalk {
     const BlockNodeInfo& info = analysis_.Info(at);
     if (!info.Visible()) return;
     const HtmlTreeNode& node = **at.node;
-    switch (RoleOfId(node.Id())) {
+    const BlockRole role = RoleOf(node);
+    switch (role) {
       case BlockRole::kSkip:
         return;
       case BlockRole::kText: {
@@ -102,6 +106,9 @@ class BlockWalk {
         node.GetText(text);
         if (text.empty()) return;
         const bool counted_in_link = flags.in_link || flags.boilerplate;
+        // A formula's tokens (<mi>x</mi><mn>2</mn>) are separate symbols:
+        // one space before each that does not bring its own.
+        if (flags.math && !Orvel::IsWhiteSpace(text.front())) AddTextRun(RunSeparatorText(), 0, 0, cell, false);
         if (flags.pre) {
           AddPreformattedRun(text, node.SourcePosition(), node.SourceLength(), cell, counted_in_link,
                              CountBlockWords);
@@ -134,9 +141,10 @@ class BlockWalk {
       if (!(flags.in_link && anchor)) cell->AddLinks(1);
       flags.in_link = anchor;
     } else {
-      flags.pre = RoleOfId(node.Id()) == BlockRole::kPre;
+      flags.pre = role == BlockRole::kPre;
     }
     flags.boilerplate = flags.boilerplate || IsBoilerplate(info);
+    flags.math = flags.math || node.Id() == OrvelParser::kIdGraphics;  // only <math> is walked into
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
     if (!info.IsBlock()) {

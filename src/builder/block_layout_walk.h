@@ -17,8 +17,11 @@
 //   - Text, line breaks, preformatted text and links follow the rules of
 //     the tables layout (text_items.h): the same items, junctions, paragraph
 //     breaks and Links, Words and WordsInLinksAndImages counters.
-//   - Nodes a reader does not see (block_signals.h) are left out with
+//   - Nodes a reader does not see (block_analysis.h) are left out with
 //     everything inside them.
+//   - MathML formulas are text, with a space before every token that does
+//     not bring its own: x<sup>2</sup> in MathML reads "x 2", not "x2".
+//   - Words are counted with CountBlockWords (block_word_count.h).
 //
 // Boilerplate: the words inside an element that SignalOf marks as
 // boilerplate count as words in links, the engine's measure of words a

@@ -209,6 +209,22 @@ TEST(BlockLayoutTest, PreformattedTextIsOneUnit) {
             "        text \"c\\n\\n\"\n");
 }
 
+TEST(BlockLayoutTest, FormulasAreTextWithTokensApart) {
+  // MathML tokens are words a reader sees, each apart from the next; other
+  // graphics stay out, and so does a formula hidden for a picture of it.
+  EXPECT_EQ(Dump("<p>If <math><msup><mi>x</mi><mn>2</mn></msup><mo>=</mo><mn>4</mn></math>, then"
+                 "<img alt=picture><svg><text>drawn</text></svg>"
+                 "<span style='display:none'><math><mi>y</mi></math></span></p>"),
+            "table 1x3 level 0\n"
+            "  cell 0,1 words 7 inlink 0 links 0 tables 0\n"  // ", then" counts 2
+            "    text \"If \"\n"
+            "    text \"x \"\n"
+            "    text \"2 \"\n"
+            "    text \"= \"\n"
+            "    text \"4\"\n"
+            "    text \", then\\n\\n\"\n");
+}
+
 TEST(BlockLayoutTest, IdeographsCountAsWords) {
   EXPECT_EQ(CountBlockWords(u"word"), 1u);
   EXPECT_EQ(CountBlockWords(u"\u4e2d\u6587"), 3u);  // one run, two ideographs
