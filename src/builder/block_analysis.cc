@@ -61,6 +61,17 @@ uint32_t RoughWords(std::string_view utf8, bool& has_text) {
   std::size_t at = 0;
   while (at < utf8.size()) {
     const unsigned char lead = static_cast<unsigned char>(utf8[at]);
+    if (lead < 0x80) {  // most text: ASCII, classified without decoding
+      ++at;
+      if (lead > 0x20 && lead != 0x7F) {
+        has_text = true;
+        if (!in_word) ++words;
+        in_word = true;
+      } else {
+        in_word = false;
+      }
+      continue;
+    }
     uint32_t c = lead;
     std::size_t length = 1;
     if (lead >= 0xF0) {

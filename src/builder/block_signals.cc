@@ -48,13 +48,15 @@ bool InList(std::string_view part, const std::string_view (&words)[N], bool pref
   std::array<char, kLongestWord> buffer;
   const std::size_t size = std::min(part.size(), kLongestWord);
   std::transform(part.begin(), part.begin() + static_cast<std::ptrdiff_t>(size), buffer.begin(), Lower);
-  const auto listed = [&words, &buffer](std::size_t length) {
-    return std::binary_search(std::begin(words), std::end(words), std::string_view(buffer.data(), length));
-  };
-  if (part.size() <= kLongestWord && listed(part.size())) return true;
-  if (!prefixes) return false;
-  for (std::size_t length = kShortestPrefix; length < part.size() && length <= size; ++length) {
-    if (listed(length)) return true;
+  const std::string_view lower(buffer.data(), size);
+  // Only words with the part's first letter can match: a handful.
+  const auto [first, last] = std::equal_range(std::begin(words), std::end(words), lower.substr(0, 1),
+                                              [](std::string_view a, std::string_view b) { return a[0] < b[0]; });
+  for (auto word = first; word != last; ++word) {
+    if (part.size() == word->size() && lower == *word) return true;
+    if (prefixes && word->size() >= kShortestPrefix && word->size() < part.size() && lower.starts_with(*word)) {
+      return true;
+    }
   }
   return false;
 }
