@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "platform/charset_table.h"
 #include "platform/iconv_conversion.h"
@@ -33,6 +34,12 @@ class CodecConversion final : public ConversionFunction {
       if constexpr (Decoder::kAsciiCompatible && Encoder::kAsciiCompatible) {
         const uint32_t run = std::min(in_count - used, out_capacity - produced);
         uint32_t i = 0;
+        // Eight bytes at a time while none has its high bit set.
+        for (uint64_t word; i + 8 <= run; i += 8) {
+          std::memcpy(&word, in + used + i, 8);
+          if ((word & 0x8080808080808080u) != 0) break;
+          std::memcpy(out + produced + i, &word, 8);
+        }
         while (i < run && in[used + i] < 0x80) {
           out[produced + i] = in[used + i];
           ++i;

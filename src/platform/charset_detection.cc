@@ -3,6 +3,7 @@
 #include <uchardet/uchardet.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <vector>
@@ -50,6 +51,11 @@ bool IsNonAsciiUtf8(const uint8_t* data, size_t size) {
   while (i < size) {
     if (data[i] < 0x80) {
       ++i;
+      // Eight bytes at a time while none has its high bit set.
+      for (uint64_t word; i + 8 <= size; i += 8) {
+        std::memcpy(&word, data + i, 8);
+        if ((word & 0x8080808080808080u) != 0) break;
+      }
       continue;
     }
     const OrvelCharset::Decoded decoded = OrvelCharset::Utf8Codec::Decode(data + i, size - i, whole);
