@@ -1,7 +1,8 @@
 // StagedExtraction runs the extraction of Beautify over bytes (overload 1)
 // stage by stage through the library's internal functions, timing each
-// stage, so that the shares of the stages come from one and the same run
-// and add up to a real extraction:
+// stage in processor time of the running thread, so that the shares of the
+// stages come from one and the same run, add up to a real extraction, and
+// hold on a busy machine:
 //
 //   charset      DecodeDocument: detection and conversion to UTF-8
 //   parse        LimitNesting, the scan that caps the nesting depth, and
@@ -51,7 +52,7 @@ enum Stage : int {
 // The name of `stage` for reports.
 const char* StageName(Stage stage);
 
-// Seconds spent per stage, summed over extractions.
+// Processor seconds spent per stage, summed over extractions.
 struct StageTimes {
   std::array<double, kStageCount> seconds{};
   // Extractions timed into this record.

@@ -6,7 +6,8 @@
 // that the staged extraction gives Beautify's text for every page (this also
 // warms up), runs --warmup more passes, then --passes measured passes over
 // all pages on one thread, and prints pages per second, MB/s of input and
-// the share of time of each stage (staged_extraction.h). With --threads N it
+// the share of time of each stage (staged_extraction.h), all in processor
+// time of that thread. With --threads N it
 // then runs the extraction through Beautify on 1, 2, ..., N threads sharing
 // the pages and prints the scaling. Last, the peak resident size of the
 // process and the largest page.
@@ -140,7 +141,7 @@ int main(int argc, char** argv) {
   }
   const double total = times.Total();
   const double extractions = static_cast<double>(pages.size()) * options.passes;
-  std::printf("\none thread, %d passes after %d warm-up: %.1f pages/s, %.2f MB/s\n", options.passes,
+  std::printf("\none thread, %d passes after %d warm-up, processor time: %.1f pages/s, %.2f MB/s\n", options.passes,
               options.warmup + 1, extractions / total, MegaBytes(bytes * options.passes) / total);
   std::printf("%-26s %12s %8s\n", "stage", "ms per pass", "share");
   for (int stage = 0; stage < zestra_bench::kStageCount; ++stage) {
@@ -152,7 +153,7 @@ int main(int argc, char** argv) {
               100.0 * times.Ours() / total);
 
   if (options.threads > 0) {
-    std::printf("\nthreads  pages/s     MB/s  speed-up (Beautify, %d passes)\n", options.passes);
+    std::printf("\nthreads  pages/s     MB/s  speed-up (Beautify, %d passes, wall-clock time)\n", options.passes);
     double one = 0;
     for (int threads = 1; threads <= options.threads; ++threads) {
       const double seconds = TimeThreads(pages, threads, options.passes);
