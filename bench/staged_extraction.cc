@@ -1,7 +1,6 @@
 #include "staged_extraction.h"
 
 #include <gumbo.h>
-
 #include <time.h>
 
 #include <memory>
