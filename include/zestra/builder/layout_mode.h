@@ -10,7 +10,8 @@
 // one column, so the ranking can tell an article from the navigation,
 // sidebars and comments around it; content a reader never sees is left
 // out, words of boilerplate (navigation, share bars, comments, ...) count
-// as words in links, and CJK ideographs count as words.
+// as words in links, CJK ideographs count as words and MathML formulas are
+// read as text.
 //
 // Thread-safety: constant.
 #ifndef ZESTRA_BUILDER_LAYOUT_MODE_H_
