@@ -140,9 +140,6 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
     }
     if (role == BlockRole::kSkip || IsHiddenElement(node)) continue;
     info.flags_ = BlockNodeInfo::kVisible;
-    // The document's own elements hold the whole page, whatever their
-    // classes say (sites put feature flags such as "f_comment_x_on" there).
-    if (node.Id() != K::kIdDocument) info.signal_ = SignalOf(node);
     if (node.Id() == K::kIdTd || node.Id() == K::kIdTh) table_cells_.emplace(&node, record);
     if (node.Children().empty()) {
       Finish(record, node);

@@ -1,9 +1,9 @@
 // BlockAnalysis is what the blocks layout needs to know about every node of
 // a parsed document before it builds anything: whether a reader sees the
-// node, whether it holds text, whether it lays out as a block, how many
-// units its children form, how many words it holds and what its markup says
-// of it (block_signals.h). One pass over the tree, bottom-up, with an
-// explicit stack.
+// node (its markup may hide it, block_signals.h), whether it holds text,
+// whether it lays out as a block, how many units its children form and how
+// many words it holds. One pass over the tree, bottom-up, with an explicit
+// stack.
 //
 // Records are kept in document order (pre-order) for the nodes the pass
 // reaches: every node except those inside a node a reader does not see. A
@@ -75,7 +75,6 @@ class BlockNodeInfo {
   uint32_t Units() const noexcept { return units_; }
   // Visible words of the subtree, roughly.
   uint32_t Words() const noexcept { return words_; }
-  ElementSignal Signal() const noexcept { return signal_; }
 
  private:
   friend class BlockAnalysis;
@@ -85,7 +84,6 @@ class BlockNodeInfo {
   uint32_t words_ = 0;
   uint32_t units_ = 0;
   uint8_t flags_ = 0;
-  ElementSignal signal_ = ElementSignal::kNone;
 };
 
 // A position in a list of sibling nodes together with the record of the

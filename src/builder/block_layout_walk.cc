@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "builder/block_analysis.h"
+#include "builder/block_signals.h"
 #include "builder/block_word_count.h"
 #include "builder/constant_strings.h"
 #include "builder/element_treatment.h"
@@ -122,7 +123,7 @@ class BlockWalk {
         return;
       case BlockRole::kTable:
         if (!info.HasText()) return;
-        flags.boilerplate = flags.boilerplate || IsBoilerplate(info);
+        flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
         flags.in_link = flags.pre = false;
         if (std::unique_ptr<TableCells> cells =
                 StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment())) {
@@ -143,7 +144,7 @@ class BlockWalk {
     } else {
       flags.pre = role == BlockRole::kPre;
     }
-    flags.boilerplate = flags.boilerplate || IsBoilerplate(info);
+    flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
     flags.math = flags.math || node.Id() == OrvelParser::kIdGraphics;  // only <math> is walked into
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
@@ -161,8 +162,13 @@ class BlockWalk {
     stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags});
   }
 
-  bool IsBoilerplate(const BlockNodeInfo& info) const {
-    switch (info.Signal()) {
+  // Read only where the words are not boilerplate already: inside a nav or
+  // a footer nothing more needs to be known.
+  bool IsBoilerplate(const HtmlTreeNode& node, const BlockNodeInfo& info) const {
+    // The document's own elements hold the whole page, whatever their
+    // classes say (sites put feature flags such as "f_comment_x_on" there).
+    if (node.Id() == OrvelParser::kIdDocument) return false;
+    switch (SignalOf(node)) {
       case ElementSignal::kNone:
         return false;
       case ElementSignal::kComments:

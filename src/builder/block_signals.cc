@@ -40,26 +40,46 @@ char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + ('a' 
 // ones would match too much ("address", "menuitem", "navy").
 constexpr std::size_t kShortestPrefix = 5;
 
-// Whether `part` equals a word of `words` or, when `prefixes`, begins with
-// one of at least kShortestPrefix letters; ASCII case is ignored.
-template <std::size_t N>
-bool InList(std::string_view part, const std::string_view (&words)[N], bool prefixes = false) {
-  if (part.empty()) return false;
-  std::array<char, kLongestWord> buffer;
-  const std::size_t size = std::min(part.size(), kLongestWord);
-  std::transform(part.begin(), part.begin() + static_cast<std::ptrdiff_t>(size), buffer.begin(), Lower);
-  const std::string_view lower(buffer.data(), size);
-  // Only words with the part's first letter can match: a handful.
-  const auto [first, last] = std::equal_range(std::begin(words), std::end(words), lower.substr(0, 1),
-                                              [](std::string_view a, std::string_view b) { return a[0] < b[0]; });
-  for (auto word = first; word != last; ++word) {
-    if (part.size() == word->size() && lower == *word) return true;
-    if (prefixes && word->size() >= kShortestPrefix && word->size() < part.size() && lower.starts_with(*word)) {
-      return true;
-    }
+// Ids of more parts than this are slugs of headings
+// ("sharing-with-a-single-developer"), not names of page parts: only the
+// whole id is matched. Class names have no such limit (namespaced names
+// such as "wp-volt-gal-main-nav" are long).
+constexpr std::size_t kMaxIdParts = 4;
+constexpr std::size_t kNoPartLimit = static_cast<std::size_t>(-1);
+
+// A token or part in lower case: its first kLongestWord characters, and its
+// full length.
+class LowerName {
+ public:
+  explicit LowerName(std::string_view name) : size_(name.size()) {
+    const std::size_t kept = std::min(name.size(), kLongestWord);
+    std::transform(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(kept), buffer_.begin(), Lower);
+    kept_ = kept;
   }
-  return false;
-}
+
+  bool Empty() const { return size_ == 0; }
+
+  // Whether the name equals a word of `words` or, when `prefixes`, begins
+  // with one of at least kShortestPrefix letters.
+  template <std::size_t N>
+  bool In(const std::string_view (&words)[N], bool prefixes) const {
+    if (size_ == 0) return false;
+    const std::string_view lower(buffer_.data(), kept_);
+    // Only words with the name's first letter can match: a handful.
+    const auto [first, last] = std::equal_range(std::begin(words), std::end(words), lower.substr(0, 1),
+                                                [](std::string_view a, std::string_view b) { return a[0] < b[0]; });
+    for (auto word = first; word != last; ++word) {
+      if (size_ == word->size() && lower == *word) return true;
+      if (prefixes && word->size() >= kShortestPrefix && word->size() < size_ && lower.starts_with(*word)) return true;
+    }
+    return false;
+  }
+
+ private:
+  std::array<char, kLongestWord> buffer_;
+  std::size_t kept_ = 0;
+  std::size_t size_;
+};
 
 // Calls `match` on each white-space separated token of `value` until it
 // returns true; returns whether one did.
@@ -76,53 +96,65 @@ bool AnyToken(std::string_view value, Match&& match) {
   return false;
 }
 
-// Ids of more parts than this are slugs of headings
-// ("sharing-with-a-single-developer"), not names of page parts: only the
-// whole id is matched. Class names have no such limit (namespaced names
-// such as "wp-volt-gal-main-nav" are long).
-constexpr std::size_t kMaxIdParts = 4;
-constexpr std::size_t kNoPartLimit = static_cast<std::size_t>(-1);
-
-template <std::size_t N>
-bool TokenOrPartInList(std::string_view token, const std::string_view (&words)[N], std::size_t max_parts,
-                       bool prefixes) {
-  if (InList(token, words)) return true;
-  if (static_cast<std::size_t>(std::count_if(token.begin(), token.end(), [](char c) { return c == '-' || c == '_'; })) >=
-      max_parts) {
+// Calls `match` on each name of a class or id value as the matching rules
+// read it: every token whole, with no prefixes, then each of its '-' and
+// '_' parts (when it has no more than `max_parts`), with prefixes. Stops,
+// returning true, at the first call that returns true.
+template <class Match>
+bool AnyName(std::string_view value, std::size_t max_parts, Match&& match) {
+  return AnyToken(value, [max_parts, &match](std::string_view token) {
+    if (match(LowerName(token), false)) return true;
+    if (static_cast<std::size_t>(std::count_if(token.begin(), token.end(),
+                                               [](char c) { return c == '-' || c == '_'; })) >= max_parts) {
+      return false;
+    }
+    std::size_t at = 0;
+    while (at <= token.size()) {
+      std::size_t end = token.find_first_of("-_", at);
+      if (end == std::string_view::npos) end = token.size();
+      if (match(LowerName(token.substr(at, end - at)), true)) return true;
+      at = end + 1;
+    }
     return false;
-  }
-  std::size_t at = 0;
-  while (at <= token.size()) {
-    std::size_t end = token.find_first_of("-_", at);
-    if (end == std::string_view::npos) end = token.size();
-    if (InList(token.substr(at, end - at), words, prefixes)) return true;
-    at = end + 1;
-  }
-  return false;
+  });
+}
+
+std::size_t MaxParts(NameAttribute from) { return from == NameAttribute::kId ? kMaxIdParts : kNoPartLimit; }
+
+// The signal of a class or id value: kComments as soon as a comment word
+// is found, else kBoilerplate when a boilerplate word was.
+ElementSignal ValueSignal(std::string_view value, NameAttribute from) {
+  bool boilerplate = false;
+  const bool comments = AnyName(value, MaxParts(from), [&boilerplate](const LowerName& name, bool part) {
+    if (name.In(kCommentWords, false)) return true;
+    boilerplate = boilerplate || name.In(kBoilerplateWords, part);
+    return false;
+  });
+  return comments ? ElementSignal::kComments : boilerplate ? ElementSignal::kBoilerplate : ElementSignal::kNone;
 }
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view lower) {
   return a.size() == lower.size() && std::equal(a.begin(), a.end(), lower.begin(), [](char x, char y) { return Lower(x) == y; });
 }
 
-// Whether an inline style sets `property` to `value`, ignoring ASCII case
-// and white space: "Display : NONE" sets display to none.
-bool StyleSets(std::string_view style, std::string_view property, std::string_view value) {
+// Whether an inline style hides the element: display:none or
+// visibility:hidden, ignoring ASCII case and white space ("Display : NONE").
+// The property must start a declaration ("max-display" is not display) and
+// the value must end it ("none-ish" is not none).
+bool StyleHides(std::string_view style) {
   std::string compact;
   compact.reserve(style.size());
   for (char c : style) {
     if (!IsAsciiSpace(c)) compact.push_back(Lower(c));
   }
-  std::string wanted;
-  wanted.append(property).append(":").append(value);
-  for (std::size_t at = compact.find(wanted); at != std::string::npos; at = compact.find(wanted, at + 1)) {
-    // The property must start a declaration ("max-display" is not display)
-    // and the value must end it ("none-ish" is not none).
-    const bool starts = at == 0 || compact[at - 1] == ';' || compact[at - 1] == '{';
-    const std::size_t after = at + wanted.size();
-    const bool ends =
-        after == compact.size() || compact[after] == ';' || compact[after] == '!' || compact[after] == '}';
-    if (starts && ends) return true;
+  for (std::string_view wanted : {std::string_view("display:none"), std::string_view("visibility:hidden")}) {
+    for (std::size_t at = compact.find(wanted); at != std::string::npos; at = compact.find(wanted, at + 1)) {
+      const bool starts = at == 0 || compact[at - 1] == ';' || compact[at - 1] == '{';
+      const std::size_t after = at + wanted.size();
+      const bool ends =
+          after == compact.size() || compact[after] == ';' || compact[after] == '!' || compact[after] == '}';
+      if (starts && ends) return true;
+    }
   }
   return false;
 }
@@ -143,18 +175,14 @@ bool IsBoilerplateRole(std::string_view role) {
 }  // namespace
 
 bool HasClassWord(std::string_view value, ClassWords words, NameAttribute from) {
-  const std::size_t max_parts = from == NameAttribute::kId ? kMaxIdParts : kNoPartLimit;
   switch (words) {
     case ClassWords::kBoilerplate:
-      return AnyToken(value, [max_parts](std::string_view t) {
-        return TokenOrPartInList(t, kBoilerplateWords, max_parts, true);
-      });
+      return AnyName(value, MaxParts(from),
+                     [](const LowerName& name, bool part) { return name.In(kBoilerplateWords, part); });
     case ClassWords::kComments:
-      return AnyToken(value, [max_parts](std::string_view t) {
-        return TokenOrPartInList(t, kCommentWords, max_parts, false);
-      });
+      return AnyName(value, MaxParts(from), [](const LowerName& name, bool) { return name.In(kCommentWords, false); });
     case ClassWords::kHidden:
-      return AnyToken(value, [](std::string_view t) { return InList(t, kHiddenWords); });
+      return AnyToken(value, [](std::string_view token) { return LowerName(token).In(kHiddenWords, false); });
   }
   return false;
 }
@@ -164,27 +192,20 @@ bool IsHiddenElement(const HtmlTreeNode& node) {
   std::string_view value;
   if (node.FindParam("hidden", value)) return true;
   if (node.FindParam("aria-hidden", value) && EqualsIgnoringCase(value, "true")) return true;
-  if (node.FindParam("style", value) &&
-      (StyleSets(value, "display", "none") || StyleSets(value, "visibility", "hidden"))) {
-    return true;
-  }
+  if (node.FindParam("style", value) && StyleHides(value)) return true;
   return node.FindParam("class", value) && HasClassWord(value, ClassWords::kHidden);
 }
 
 ElementSignal SignalOf(const HtmlTreeNode& node) {
-  std::string_view class_value;
-  std::string_view id_value;
-  const bool has_class = node.FindParam("class", class_value);
-  const bool has_id = node.FindParam("id", id_value);
-  const auto any = [&](ClassWords words) {
-    return (has_class && HasClassWord(class_value, words, NameAttribute::kClass)) ||
-           (has_id && HasClassWord(id_value, words, NameAttribute::kId));
-  };
-  if (any(ClassWords::kComments)) return ElementSignal::kComments;
+  ElementSignal signal = ElementSignal::kNone;
+  std::string_view value;
+  if (node.FindParam("class", value)) signal = ValueSignal(value, NameAttribute::kClass);
+  if (signal == ElementSignal::kComments) return signal;
+  if (node.FindParam("id", value)) signal = std::max(signal, ValueSignal(value, NameAttribute::kId));
+  if (signal != ElementSignal::kNone) return signal;
   if (IsBoilerplateElement(node.Name())) return ElementSignal::kBoilerplate;
-  std::string_view role;
-  if (node.FindParam("role", role) && IsBoilerplateRole(role)) return ElementSignal::kBoilerplate;
-  return any(ClassWords::kBoilerplate) ? ElementSignal::kBoilerplate : ElementSignal::kNone;
+  if (node.FindParam("role", value) && IsBoilerplateRole(value)) return ElementSignal::kBoilerplate;
+  return ElementSignal::kNone;
 }
 
 }  // namespace ZestraNS

@@ -53,7 +53,8 @@ bool HasClassWord(std::string_view value, ClassWords words, NameAttribute from =
 // nodes are never hidden.
 bool IsHiddenElement(const OrvelParser::HtmlTreeNode& node);
 
-// How an element's own markup marks it.
+// How an element's own markup marks it; a later value wins over an earlier
+// one.
 enum class ElementSignal {
   kNone,
   // nav, aside, header or footer; a navigation, banner, complementary,
