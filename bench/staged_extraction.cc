@@ -13,11 +13,14 @@
 #include "platform/gumbo_tree_converter.h"
 #include "platform/html_nesting_limit.h"
 #include "zestra/api/beautify.h"
+#include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/platform/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
+#include "zestra/platform/charset_conversion.h"
 #include "zestra/traversal/zestra_text_extractor.h"
+#include "zestra/zestra.h"
 
 namespace zestra_bench {
 namespace {
@@ -95,7 +98,8 @@ StageTimes& StageTimes::operator+=(const StageTimes& other) {
   return *this;
 }
 
-std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times) {
+std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times,
+                             ZestraNS::LayoutMode layout) {
   Laps laps(times);
   MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
   std::string utf8;
@@ -131,7 +135,7 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
 
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;
-  ZestraNS::BuildTreeFromDocTree(*tree, root, &title);
+  ZestraNS::BuildTreeFromDocTree(*tree, root, &title, layout);
   laps.To(kLayout);
 
   ZestraNS::KStatistics document;
@@ -139,7 +143,8 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   const ZestraNS::DocumentType type =
       ZestraNS::ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
   std::optional<ZestraNS::ZestraTextExtractor> extractor;
-  extractor.emplace(root, type == ZestraNS::LinkDocument, nullptr);
+  const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(layout);
+  extractor.emplace(root, type == ZestraNS::LinkDocument, tuning.values, tuning.weights);
   laps.To(kRanking);
 
   MemoryBuffer buffer(4096);
@@ -162,6 +167,17 @@ std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset
   MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
   std::u16string text;
   ZestraNS::Beautify(in, charset, text, nullptr, nullptr);
+  return text;
+}
+
+std::u16string ExtractPublic(std::string_view page, Orvel::CHARSET charset, ZestraNS::LayoutMode layout) {
+  if (layout == ZestraNS::LayoutMode::kTables) return ExtractWithBeautify(page, charset);
+  zestra::Options options;
+  options.charset = charset;
+  options.layout = zestra::Layout::kBlocks;
+  const std::string utf8 = zestra::Extract(page, options).text;
+  std::u16string text;
+  OrvelCharset::AppendUtf16(utf8.data(), utf8.size(), text);
   return text;
 }
 

@@ -1,4 +1,5 @@
-// StagedExtraction runs the extraction of Beautify over bytes (overload 1)
+// StagedExtraction runs the extraction of Beautify over bytes (overload 1),
+// or the same extraction in another layout (zestra/builder/layout_mode.h),
 // stage by stage through the library's internal functions, timing each
 // stage in processor time of the running thread, so that the shares of the
 // stages come from one and the same run, add up to a real extraction, and
@@ -8,7 +9,8 @@
 //   parse        LimitNesting, the scan that caps the nesting depth, and
 //                GumboTreeConverter::Parse: Gumbo's parse, the conversion
 //                of Gumbo's tree into HtmlTreeNodes, and freeing Gumbo's tree
-//   layout       BuildTreeFromDocTree: the layout tree and the title
+//   layout       BuildTreeFromDocTree: the layout tree and the title, in
+//                the layout asked for
 //   ranking      the document statistics and type (as ExtractText does),
 //                and the ZestraTextExtractor constructor: winner selection
 //                and the counting walk
@@ -35,6 +37,7 @@
 #include <string_view>
 
 #include "zestra/base/charset.h"
+#include "zestra/builder/layout_mode.h"
 
 namespace zestra_bench {
 
@@ -65,11 +68,18 @@ struct StageTimes {
 };
 
 // Extracts the text of `page`, read in `charset`, as Beautify over bytes
-// does, adding the time of each stage to `times`; returns the text.
-std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times);
+// does with `layout` kTables, or as zestra::Extract does in `layout`,
+// adding the time of each stage to `times`; returns the text.
+std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times,
+                             ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables);
 
 // The same extraction through the public entry point, untimed.
 std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset);
+
+// The extraction of `layout` through its public entry point, untimed:
+// Beautify for kTables, zestra::Extract for the others (its UTF-8 text
+// read back into UTF-16).
+std::u16string ExtractPublic(std::string_view page, Orvel::CHARSET charset, ZestraNS::LayoutMode layout);
 
 }  // namespace zestra_bench
 

@@ -1,14 +1,16 @@
 // zestra-bench: throughput of the extraction over folders of pages.
 //
-//   zestra-bench [--passes N] [--warmup N] [--threads N] DIR...
+//   zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] DIR...
 //
 // Loads every page (.html, .html.gz) below the folders into memory, checks
-// that the staged extraction gives Beautify's text for every page (this also
-// warms up), runs --warmup more passes, then --passes measured passes over
+// that the staged extraction gives Beautify's text for every page (with
+// --layout blocks: zestra::Extract's text in that layout; this also warms
+// up), runs --warmup more passes, then --passes measured passes over
 // all pages on one thread, and prints pages per second, MB/s of input and
 // the share of time of each stage (staged_extraction.h), all in processor
 // time of that thread. With --threads N it
-// then runs the extraction through Beautify on 1, 2, ..., N threads sharing
+// then runs the extraction through Beautify (zestra::Extract for blocks) on
+// 1, 2, ..., N threads sharing
 // the pages and prints the scaling. Last, the peak resident size of the
 // process and the largest page.
 //
@@ -42,11 +44,12 @@ struct Options {
   int passes = 5;
   int warmup = 1;
   int threads = 0;  // 0: no scaling run
+  ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables;
   std::vector<std::string> folders;
 };
 
 int Usage() {
-  std::fprintf(stderr, "usage: zestra-bench [--passes N] [--warmup N] [--threads N] DIR...\n");
+  std::fprintf(stderr, "usage: zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] DIR...\n");
   return 2;
 }
 
@@ -67,6 +70,10 @@ bool ParseOptions(int argc, char** argv, Options& options) {
                   : nullptr;
     if (target != nullptr) {
       if (i + 1 == argc || !ParseCount(argv[++i], arg == "--warmup" ? 0 : 1, *target)) return false;
+    } else if (arg == "--layout") {
+      const std::string name = i + 1 < argc ? argv[++i] : "";
+      if (name != "blocks" && name != "tables") return false;
+      options.layout = name == "blocks" ? ZestraNS::LayoutMode::kBlocks : ZestraNS::LayoutMode::kTables;
     } else if (arg.size() > 1 && arg[0] == '-') {
       return false;
     } else {
@@ -80,7 +87,7 @@ double MegaBytes(double bytes) { return bytes / 1e6; }
 
 // Runs `passes` passes of Beautify over all pages on `threads` threads,
 // which take the pages one by one; returns the wall time in seconds.
-double TimeThreads(const std::vector<Page>& pages, int threads, int passes) {
+double TimeThreads(const std::vector<Page>& pages, int threads, int passes, ZestraNS::LayoutMode layout) {
   const auto start = std::chrono::steady_clock::now();
   for (int pass = 0; pass < passes; ++pass) {
     std::atomic<size_t> next{0};
@@ -88,7 +95,7 @@ double TimeThreads(const std::vector<Page>& pages, int threads, int passes) {
     for (int t = 0; t < threads; ++t) {
       workers.emplace_back([&] {
         for (size_t i; (i = next.fetch_add(1)) < pages.size();) {
-          zestra_bench::ExtractWithBeautify(pages[i].bytes, kCharset);
+          zestra_bench::ExtractPublic(pages[i].bytes, kCharset, layout);
         }
       });
     }
@@ -118,26 +125,28 @@ int main(int argc, char** argv) {
   const double bytes = static_cast<double>(zestra_bench::TotalBytes(pages));
   const auto largest =
       std::max_element(pages.begin(), pages.end(), [](const Page& a, const Page& b) { return a.bytes.size() < b.bytes.size(); });
-  std::printf("pages: %zu, %.2f MB in all\n", pages.size(), MegaBytes(bytes));
+  const bool tables = options.layout == ZestraNS::LayoutMode::kTables;
+  const char* reference = tables ? "Beautify's" : "zestra::Extract's";
+  std::printf("pages: %zu, %.2f MB in all, %s layout\n", pages.size(), MegaBytes(bytes), tables ? "tables" : "blocks");
 
   // The check pass: the staged extraction is the real one.
   size_t mismatches = 0;
   StageTimes discarded;
   for (const Page& page : pages) {
-    if (zestra_bench::ExtractStaged(page.bytes, kCharset, discarded) !=
-        zestra_bench::ExtractWithBeautify(page.bytes, kCharset)) {
-      std::printf("differs from Beautify: %s\n", page.path.c_str());
+    if (zestra_bench::ExtractStaged(page.bytes, kCharset, discarded, options.layout) !=
+        zestra_bench::ExtractPublic(page.bytes, kCharset, options.layout)) {
+      std::printf("differs from %s text: %s\n", reference, page.path.c_str());
       ++mismatches;
     }
   }
-  std::printf("staged text equals Beautify's on %zu of %zu pages\n", pages.size() - mismatches, pages.size());
+  std::printf("staged text equals %s on %zu of %zu pages\n", reference, pages.size() - mismatches, pages.size());
   for (int pass = 0; pass < options.warmup; ++pass) {
-    for (const Page& page : pages) zestra_bench::ExtractStaged(page.bytes, kCharset, discarded);
+    for (const Page& page : pages) zestra_bench::ExtractStaged(page.bytes, kCharset, discarded, options.layout);
   }
 
   StageTimes times;
   for (int pass = 0; pass < options.passes; ++pass) {
-    for (const Page& page : pages) zestra_bench::ExtractStaged(page.bytes, kCharset, times);
+    for (const Page& page : pages) zestra_bench::ExtractStaged(page.bytes, kCharset, times, options.layout);
   }
   const double total = times.Total();
   const double extractions = static_cast<double>(pages.size()) * options.passes;
@@ -153,10 +162,11 @@ int main(int argc, char** argv) {
               100.0 * times.Ours() / total);
 
   if (options.threads > 0) {
-    std::printf("\nthreads  pages/s     MB/s  speed-up (Beautify, %d passes, wall-clock time)\n", options.passes);
+    std::printf("\nthreads  pages/s     MB/s  speed-up (%s, %d passes, wall-clock time)\n",
+                tables ? "Beautify" : "zestra::Extract", options.passes);
     double one = 0;
     for (int threads = 1; threads <= options.threads; ++threads) {
-      const double seconds = TimeThreads(pages, threads, options.passes);
+      const double seconds = TimeThreads(pages, threads, options.passes, options.layout);
       if (threads == 1) one = seconds;
       std::printf("%7d %8.1f %8.2f %9.2f\n", threads, extractions / seconds,
                   MegaBytes(bytes * options.passes) / seconds, one / seconds);
