@@ -27,10 +27,10 @@ using OrvelParser::HtmlTreeNode;
 
 // What passes from an element to its content.
 struct Flags {
-  bool in_link = false;  // inside an anchor: words are link words
-  bool pre = false;      // text is taken as it stands
+  bool in_link = false;      // inside an anchor: words are link words
+  bool pre = false;          // text is taken as it stands
   bool boilerplate = false;  // words count as link words
-  bool math = false;     // inside a formula: every text is a token of its own
+  bool math = false;         // inside a formula: every text is a token of its own
 };
 
 // Siblings still to walk into a cell.
@@ -100,7 +100,7 @@ class BlockWalk {
     const HtmlTreeNode& node = **at.node;
     const BlockRole role = RoleOf(node);
     switch (role) {
-      case BlockRole::kSkip:
+      case BlockRole::kSkip:  // never visible; listed for the switch
         return;
       case BlockRole::kText: {
         std::u16string text;
