@@ -16,6 +16,7 @@
 #include "zestra/model/k_cell.h"
 #include "zestra/model/k_cell_item.h"
 #include "zestra/model/k_statistics.h"
+#include "development_set.h"
 #include "zestra/stream/memory_buffer.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -472,16 +473,12 @@ TEST(DocumentTreeTest, LargeInputs) {
 
 // Every page of the development set builds a sane tree.
 TEST(DocumentTreeTest, DevelopmentSetPages) {
-  const std::filesystem::path root_dir = ZESTRA_SOURCE_DIR "/../shared/devset/readability";
-  if (!std::filesystem::is_directory(root_dir)) GTEST_SKIP() << "no development set at " << root_dir;
+  const std::vector<zestra_testing::DevelopmentPage> dev_pages = zestra_testing::DevelopmentPages();
+  if (dev_pages.empty()) GTEST_SKIP() << "no development set beside the source tree";
   int pages = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(root_dir)) {
-    const std::filesystem::path source = entry.path() / "source.html";
-    if (!std::filesystem::is_regular_file(source)) continue;
-    std::ifstream file(source, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    SmartPtr<KTable> root = TreeOf(bytes.str(), Orvel::UnknownCharset);
+  for (const zestra_testing::DevelopmentPage& page : dev_pages) {
+    const std::filesystem::path& source = page.source;
+    SmartPtr<KTable> root = TreeOf(page.bytes, Orvel::UnknownCharset);
     ASSERT_TRUE(root) << source;
     EXPECT_TRUE(root->GetCell(0, 1)) << source;
     CheckInvariants(*root);

@@ -6,9 +6,11 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "zestra/api/beautify.h"
 #include "zestra/platform/charset_conversion.h"
+#include "development_set.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace zestra {
@@ -170,19 +172,15 @@ TEST(ExtractTest, VersionIsTheProjectVersion) {
 // Extract in the tables layout gives Beautify's text, title and type on
 // every page of the development set.
 TEST(ExtractTest, SameAsBeautifyOnDevelopmentSet) {
-  const std::filesystem::path root_dir = ZESTRA_SOURCE_DIR "/../shared/devset/readability";
-  if (!std::filesystem::is_directory(root_dir)) GTEST_SKIP() << "no development set at " << root_dir;
+  const std::vector<zestra_testing::DevelopmentPage> dev_pages = zestra_testing::DevelopmentPages();
+  if (dev_pages.empty()) GTEST_SKIP() << "no development set beside the source tree";
   int pages = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(root_dir)) {
-    const std::filesystem::path source = entry.path() / "source.html";
-    if (!std::filesystem::is_regular_file(source)) continue;
-    std::ifstream file(source, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    const Reference reference = Beautified(bytes.str());
+  for (const zestra_testing::DevelopmentPage& page : dev_pages) {
+    const std::filesystem::path& source = page.source;
+    const Reference reference = Beautified(page.bytes);
     Options tables;
     tables.layout = Layout::kTables;
-    const Result result = Extract(bytes.str(), tables);
+    const Result result = Extract(page.bytes, tables);
     SCOPED_TRACE(source.string());
     EXPECT_EQ(result.text, reference.text);
     EXPECT_EQ(result.title, reference.title);
