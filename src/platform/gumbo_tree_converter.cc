@@ -2,82 +2,37 @@
 
 #include <gumbo.h>
 
-#include <cstring>
-#include <memory>
+#include <algorithm>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "platform/parse_arena.h"
+
 namespace OrvelParser {
 namespace {
 
-// Trees up to this depth are freed by Gumbo as they are; its recursion then
-// needs a few kilobytes of stack at most.
-constexpr size_t kShallowDepth = 256;
+// Address space reserved for a parse's arena per byte of text, and in
+// addition to it. Markup with an element every 10 bytes leads Gumbo to about
+// 15 bytes of tree per byte of text; past the reservation the arena serves
+// requests from the C library, so the figure bounds efficiency, not size.
+constexpr size_t kArenaBytesPerTextByte = 64;
+constexpr size_t kArenaFixedBytes = size_t{16} << 20;
+constexpr size_t kArenaMaxBytes = size_t{64} << 30;
 
-const GumboVector* ChildrenOf(const GumboNode& node) {
-  switch (node.type) {
-    case GUMBO_NODE_DOCUMENT:
-      return &node.v.document.children;
-    case GUMBO_NODE_ELEMENT:
-    case GUMBO_NODE_TEMPLATE:
-      return &node.v.element.children;
-    default:
-      return nullptr;
-  }
+size_t ArenaReservation(size_t text_bytes) {
+  return std::min(kArenaMaxBytes, kArenaFixedBytes + std::min(text_bytes, kArenaMaxBytes) * kArenaBytesPerTextByte);
 }
 
-// Frees a Gumbo parse. Gumbo's own release recurses into children; for a
-// deep tree, every node is first made a child of the document node, with no
-// children of its own, so that its recursion is two levels deep.
-void DestroyGumboOutput(const GumboOptions& options, GumboOutput* output) {
-  std::vector<void*> nodes;
-  size_t depth = 0;
-  std::vector<std::pair<const GumboVector*, unsigned>> stack;
-  stack.emplace_back(&output->document->v.document.children, 0);
-  while (!stack.empty()) {
-    depth = std::max(depth, stack.size());
-    const GumboVector* children = stack.back().first;
-    unsigned& next = stack.back().second;
-    if (next == children->length) {
-      stack.pop_back();
-      continue;
-    }
-    auto* node = static_cast<GumboNode*>(children->data[next++]);
-    nodes.push_back(node);
-    const GumboVector* grandchildren = ChildrenOf(*node);
-    if (grandchildren != nullptr && grandchildren->length > 0) stack.emplace_back(grandchildren, 0);
-  }
-  if (depth > kShallowDepth) {
-    void* memory = options.allocator(options.userdata, sizeof(void*) * nodes.size());
-    if (memory != nullptr) {
-      std::memcpy(memory, nodes.data(), sizeof(void*) * nodes.size());
-      for (void* pointer : nodes) {
-        auto* node = static_cast<GumboNode*>(pointer);
-        if (node->type == GUMBO_NODE_ELEMENT || node->type == GUMBO_NODE_TEMPLATE) {
-          node->v.element.children.length = 0;  // its array is still freed with it
-        }
-      }
-      GumboVector& top = output->document->v.document.children;
-      options.deallocator(options.userdata, top.data);
-      top.data = static_cast<void**>(memory);
-      top.length = static_cast<unsigned>(nodes.size());
-      top.capacity = top.length;
-    }
-  }
-  gumbo_destroy_output(&options, output);
-}
-
-// Frees Gumbo's nodes one at a time during the conversion, so that the
-// memory of Gumbo's tree goes back while ours is built and the two trees
-// never stand whole side by side. A node is freed by Gumbo's own
-// gumbo_destroy_output, handed a shell output whose document is that node
-// (its children already freed and cut off); the deallocator installed by
-// Install skips the shell, which lives here and is used again.
+// Frees Gumbo's nodes one at a time during the conversion, as soon as each
+// is converted, so that the memory of Gumbo's tree goes back while ours is
+// built and the two trees never stand whole side by side. A node is freed
+// by Gumbo's own gumbo_destroy_output, handed a shell output whose document
+// is that node (its children already freed and cut off); the deallocator
+// installed by Install skips the shell, which lives here and is used again.
 class NodeReleaser {
  public:
-  // Routes the frees of `options` through this object. `options` must have
-  // parsed with malloc-compatible memory, as the default options do.
+  // Routes the frees of `options` through this object.
   void Install(GumboOptions& options) {
     free_ = options.deallocator;
     free_userdata_ = options.userdata;
@@ -86,16 +41,13 @@ class NodeReleaser {
     options_ = &options;
   }
 
-  // Frees every node of `children` with what it owns, and empties the
-  // vector (its array goes with its owner).
-  // REQUIRES: the children of those nodes were freed the same way.
-  void ReleaseAll(GumboVector& children) {
-    for (unsigned i = 0; i < children.length; ++i) {
-      shell_ = GumboOutput{};
-      shell_.document = static_cast<GumboNode*>(children.data[i]);
-      gumbo_destroy_output(options_, &shell_);
-    }
-    children.length = 0;
+  // Frees `node` with what it owns.
+  // REQUIRES: the node has no children left (they were released before,
+  // and its child list cut to length 0).
+  void Release(GumboNode* node) {
+    shell_ = GumboOutput{};
+    shell_.document = node;
+    gumbo_destroy_output(options_, &shell_);
   }
 
  private:
@@ -119,14 +71,19 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
     tree.Assign(std::move(top_level), 0, document_charset);
     return;
   }
+  // Everything Gumbo allocates comes from the arena, which frees what is
+  // left when it goes: on success the output shell, on an exception the
+  // rest of Gumbo's tree, without walking it.
+  ParseArena arena(ArenaReservation(utf8.size()));
   GumboOptions options = kGumboDefaultOptions;
+  options.allocator = &ParseArena::AllocateHook;
+  options.deallocator = &ParseArena::FreeHook;
+  options.userdata = &arena;
   options.max_errors = 0;  // parse errors are of no use here, and a broken page makes many
-  GumboOutput* parsed = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
-  if (parsed == nullptr) throw std::bad_alloc();
+  GumboOutput* output = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
+  if (output == nullptr) throw std::bad_alloc();
   NodeReleaser releaser;
   releaser.Install(options);
-  const auto release = [&options](GumboOutput* output) { DestroyGumboOutput(options, output); };
-  const std::unique_ptr<GumboOutput, decltype(release)> output(parsed, release);
 
   // Element names of unknown tags, lower-cased for the keyword table.
   std::string name;
@@ -154,19 +111,21 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
 
   uint32_t count = 0;
   struct Frame {
+    GumboNode* owner;  // the element whose children these are; null: the document
     GumboVector* children;
     unsigned next;
     HtmlTreeNode::List* list;
   };
   std::vector<Frame> stack;
-  stack.push_back({&output->document->v.document.children, 0, &top_level});
+  stack.push_back({nullptr, &output->document->v.document.children, 0, &top_level});
   while (!stack.empty()) {
     Frame& frame = stack.back();
     if (frame.next == frame.children->length) {
-      // All converted, the children's own children freed before: the
-      // nodes of this list can go.
-      releaser.ReleaseAll(*frame.children);
+      // Every child converted and released: the owner can go too.
+      frame.children->length = 0;
+      GumboNode* owner = frame.owner;
       stack.pop_back();
+      if (owner != nullptr) releaser.Release(owner);
       continue;
     }
     GumboNode& node = *static_cast<GumboNode*>(frame.children->data[frame.next++]);
@@ -191,7 +150,8 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
         ++count;
         if (element.children.length > 0) {
           entry->Children().reserve(element.children.length);  // comments aside, the exact size
-          stack.push_back({&element.children, 0, &entry->Children()});
+          stack.push_back({&node, &element.children, 0, &entry->Children()});
+          continue;  // released when its children are done
         }
         break;
       }
@@ -209,6 +169,7 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
       default:  // comments
         break;
     }
+    releaser.Release(&node);
   }
   tree.Assign(std::move(top_level), count, document_charset);
 }

@@ -1,10 +1,11 @@
 // GumboTreeConverter parses UTF-8 HTML with Gumbo and turns Gumbo's tree into
-// an HtmlDocTree of HtmlTreeNodes. Neither the conversion nor the release of
-// Gumbo's tree recurses once per level of nesting: both walk with explicit
-// stacks, and Gumbo's tree is flattened before Gumbo frees it (Gumbo frees
-// recursively). Gumbo's nodes are freed as the conversion finishes with
-// them, so the peak memory is about that of Gumbo's tree alone, not of both
-// trees.
+// an HtmlDocTree of HtmlTreeNodes. The conversion walks with an explicit
+// stack, not one call per level of nesting. Gumbo allocates from an arena of
+// the parse (platform/parse_arena.h), compact for its many small objects;
+// each of Gumbo's nodes is freed as soon as it is converted, so the memory
+// of Gumbo's tree goes back while ours is built and the peak is about that
+// of Gumbo's tree alone, not of both. What is left of Gumbo's tree at the
+// end, or when an exception stops the conversion, goes with the arena.
 //
 // Thread-safety: stateless; concurrent calls on distinct trees are safe.
 #ifndef ZESTRA_PLATFORM_GUMBO_TREE_CONVERTER_H_

@@ -2,9 +2,8 @@
 // the parser adapter, the builder and the walks. Each case runs one
 // extraction (Beautify over bytes) in a child process and checks that it
 // ends normally, that its output is the documented result, and that it
-// needed at most 20 times the input's size plus kFixedBytes of memory
-// (markup of more than one element per dozen bytes gets a wider factor:
-// see kElementDenseFactor). The ctest timeout of each case fails a hang; it
+// needed at most 20 times the input's size plus kFixedBytes of memory. The
+// ctest timeout of each case fails a hang; it
 // is generous, not a speed target.
 #include <gtest/gtest.h>
 
@@ -33,13 +32,6 @@ using ZestraNS::DocumentType;
 // fixed size, the keyword table's share, allocator slack.
 constexpr uint64_t kFixedBytes = 8u << 20;
 constexpr uint64_t kBytesPerInputByte = 20;
-// Gumbo keeps about 250 bytes per element node (the node, its attribute and
-// child arrays, each a separate allocation), and the memory it frees while
-// the adapter converts its tree is reused only in part by the adapter's
-// nodes. Markup with an element every 10 to 40 bytes (a million bare links)
-// therefore needs 20 to 30 times its size; such cases are held to this
-// factor instead.
-constexpr uint64_t kElementDenseFactor = 40;
 
 // The result of one extraction.
 struct Extraction {
@@ -78,8 +70,7 @@ std::string ExpectContains(const Extraction& e, const std::u16string& part) {
 // Builds the input with `build`, extracts its text in a child process with
 // `charset`, and checks the outcome with `check` (empty string: passed).
 void ExpectHostile(const std::function<void(std::string&)>& build, CHARSET charset,
-                   const std::function<std::string(const Extraction&)>& check,
-                   uint64_t bytes_per_input_byte = kBytesPerInputByte) {
+                   const std::function<std::string(const Extraction&)>& check) {
   std::string input;
   const IsolatedResult result = RunIsolated(
       [&] {
@@ -99,7 +90,7 @@ void ExpectHostile(const std::function<void(std::string&)>& build, CHARSET chars
   } else if (!result.memory_measured) {
     std::printf("memory not checked: this system cannot reset the peak resident size\n");
   } else {
-    const uint64_t bound = bytes_per_input_byte * result.input_bytes + kFixedBytes;
+    const uint64_t bound = kBytesPerInputByte * result.input_bytes + kFixedBytes;
     std::printf("input %.1f MB, extraction peak %.1f MB (bound %.1f MB)\n", result.input_bytes / 1048576.0,
                 result.peak_bytes / 1048576.0, bound / 1048576.0);
     EXPECT_LE(result.peak_bytes, bound) << "input of " << result.input_bytes << " bytes";
@@ -177,8 +168,7 @@ TEST(HostileTest, MillionLinks) {
         if (e.type != ZestraNS::LinkDocument) return "not a link document";
         std::string failure = ExpectContains(e, u"Item 0 ");
         return failure.empty() ? ExpectContains(e, u"Item 999999") : failure;
-      },
-      kElementDenseFactor);
+      });
 }
 
 // All 256 byte values, in order, many times over, in the charsets that read
