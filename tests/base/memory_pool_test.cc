@@ -9,9 +9,6 @@ namespace {
 
 using OrvelMem::MemoryPool;
 
-int handler_calls = 0;
-void CountingHandler() { ++handler_calls; }
-
 TEST(MemoryPoolTest, ZeroBytesIsNullAndDeleteOfNullIsHarmless) {
   EXPECT_EQ(MemoryPool::New(0), nullptr);
   MemoryPool::Delete(nullptr);
@@ -24,6 +21,9 @@ TEST(MemoryPoolTest, ZeroBytesIsNullAndDeleteOfNullIsHarmless) {
 #if !defined(__SANITIZE_ADDRESS__)
 // Under AddressSanitizer an impossible request aborts by design, so the
 // exhaustion path is checked in the plain build only.
+int handler_calls = 0;
+void CountingHandler() { ++handler_calls; }
+
 TEST(MemoryPoolTest, ExhaustionCallsTheNewHandlerOnceAndYieldsNull) {
   handler_calls = 0;
   std::new_handler previous = std::set_new_handler(CountingHandler);

@@ -93,7 +93,7 @@ TEST(TableGridTest, SpanValuesAsAtoiReadsThem) {
   EXPECT_EQ(rows_covered("+3"), "AB\n+C\n+D\n");
   EXPECT_EQ(rows_covered("5"), "AB\n+C\n+D\n");  // capped at the rows remaining
   EXPECT_EQ(rows_covered("99999999999999"), "AB\n+C\n+D\n");
-  for (const std::string& one : {"0", "-2", "abc", "-99999999999999"}) {
+  for (const char* one : {"0", "-2", "abc", "-99999999999999"}) {
     EXPECT_EQ(rows_covered(one), "AB\nC\nD\n") << one;
   }
 
