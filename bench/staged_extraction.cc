@@ -135,7 +135,7 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
 
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;
-  ZestraNS::BuildTreeFromDocTree(*tree, root, &title, layout);
+  ZestraNS::BuildTreeConsumingDocTree(*tree, root, &title, layout);
   laps.To(kLayout);
 
   ZestraNS::KStatistics document;

@@ -9,7 +9,7 @@
 //   parse        LimitNesting, the scan that caps the nesting depth, and
 //                GumboTreeConverter::Parse: Gumbo's parse, the conversion
 //                of Gumbo's tree into HtmlTreeNodes, and freeing Gumbo's tree
-//   layout       BuildTreeFromDocTree: the layout tree and the title, in
+//   layout       BuildTreeConsumingDocTree: the layout tree and the title, in
 //                the layout asked for
 //   ranking      the document statistics and type (as ExtractText does),
 //                and the ZestraTextExtractor constructor: winner selection

@@ -75,7 +75,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   const ZestraNS::LayoutMode mode =
       options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
-  ZestraNS::BuildTreeFromDocTree(tree, root, &title, mode);
+  ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
 
   OrvelFile::MemoryBuffer text(kTextBufferCapacity);
   ZestraNS::DocumentType type = ZestraNS::LinkDocument;

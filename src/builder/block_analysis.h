@@ -32,7 +32,9 @@
 // characters between white space, and every CJK ideograph or kana apart.
 //
 // Thread-safety: a finished analysis is read-only; the tree must not change
-// while the analysis is used.
+// while the analysis is used, except that a walk may release the children
+// of a node once it has walked them (records are never looked up again for
+// nodes already walked).
 #ifndef ZESTRA_BUILDER_BLOCK_ANALYSIS_H_
 #define ZESTRA_BUILDER_BLOCK_ANALYSIS_H_
 

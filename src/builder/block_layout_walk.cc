@@ -39,6 +39,7 @@ struct Flow {
   NodeIterator end;
   SmartPtr<KCell> cell;
   Flags flags;
+  HtmlTreeNode* owner;  // whose children these are, all of them; else null
 };
 
 // A paragraph to close once an element's children are done.
@@ -54,27 +55,31 @@ struct FillBlocks {
   uint32_t row;
   SmartPtr<KCell> filled;  // the cell of the unit walked last
   Flags flags;
+  HtmlTreeNode* owner;  // whose children the units are
 };
 
 // An HTML table whose cells are being filled.
 struct FillHtmlTable {
   std::unique_ptr<TableCells> cells;
   Flags flags;
+  HtmlTreeNode* table;
 };
 
 using Task = std::variant<Flow, CloseAfter, FillBlocks, FillHtmlTable>;
 
 class BlockWalk {
  public:
-  explicit BlockWalk(const HtmlTreeNode::List& top) : analysis_(top) {}
+  BlockWalk(const HtmlTreeNode::List& top, WalkedNodes walked) : analysis_(top), walked_(walked) {}
 
   void Run(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) {
-    stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags()});
+    stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags(), nullptr});
     while (!stack_.empty()) {
       Task& task = stack_.back();
       if (Flow* flow = std::get_if<Flow>(&task)) {
         if (flow->next.node == flow->end) {
+          HtmlTreeNode* owner = flow->owner;
           stack_.pop_back();
+          DoneWithChildren(owner, walked_);
           continue;
         }
         const BlockCursor at = flow->next;
@@ -95,9 +100,13 @@ class BlockWalk {
 
  private:
   void Visit(const BlockCursor& at, SmartPtr<KCell>& cell, Flags flags) {
+    HtmlTreeNode* const owner = at.node->Get();
     const BlockNodeInfo& info = analysis_.Info(at);
-    if (!info.Visible()) return;
-    const HtmlTreeNode& node = **at.node;
+    if (!info.Visible()) {
+      DoneWithChildren(owner, walked_);
+      return;
+    }
+    const HtmlTreeNode& node = *owner;
     const BlockRole role = RoleOf(node);
     switch (role) {
       case BlockRole::kSkip:  // never visible; listed for the switch
@@ -122,12 +131,17 @@ class BlockWalk {
         AddLineBreak(cell);
         return;
       case BlockRole::kTable:
-        if (!info.HasText()) return;
+        if (!info.HasText()) {
+          DoneWithChildren(owner, walked_);
+          return;
+        }
         flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
         flags.in_link = flags.pre = false;
         if (std::unique_ptr<TableCells> cells =
                 StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment())) {
-          stack_.push_back(FillHtmlTable{std::move(cells), flags});
+          stack_.push_back(FillHtmlTable{std::move(cells), flags, owner});
+        } else {
+          DoneWithChildren(owner, walked_);
         }
         return;
       case BlockRole::kPre:
@@ -149,17 +163,20 @@ class BlockWalk {
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
     if (!info.IsBlock()) {
-      stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags});
+      stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner});
       return;
     }
-    if (!info.HasText()) return;
+    if (!info.HasText()) {
+      DoneWithChildren(owner, walked_);
+      return;
+    }
     CloseParagraph(*cell);
     if (info.Units() >= 2 && !flags.pre) {
-      StartBlocks(children, ChildrenEnd(*at.node), info.Units(), cell, flags);
+      StartBlocks(children, ChildrenEnd(*at.node), info.Units(), cell, flags, owner);
       return;
     }
     stack_.push_back(CloseAfter{cell});
-    stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags});
+    stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner});
   }
 
   // Read only where the words are not boilerplate already: inside a nav or
@@ -181,18 +198,21 @@ class BlockWalk {
   }
 
   // Hangs a table of one column and `units` rows into `cell` and queues the
-  // filling of its rows.
+  // filling of its rows from the children of `owner`.
   void StartBlocks(const BlockCursor& first, NodeIterator end, uint32_t units, SmartPtr<KCell>& cell,
-                   const Flags& flags) {
+                   const Flags& flags, HtmlTreeNode* owner) {
     KTable* parent = cell->ParentTable();
     const uint32_t level = parent != nullptr ? parent->Level() + 1 : 0;
     SmartPtr<KTable> table(new KTable(parent, 1, units, level));
-    if (!table || table->Rows() != units) return;  // out of memory: the content is dropped
-    SmartPtr<KCellItem> item = cell->AddCellItem();
-    if (!item) return;
+    SmartPtr<KCellItem> item;
+    if (table && table->Rows() == units) item = cell->AddCellItem();
+    if (!item) {  // out of memory: the content is dropped
+      DoneWithChildren(owner, walked_);
+      return;
+    }
     item->Table(table);
     cell->AddTables(1);
-    stack_.push_back(FillBlocks{first, end, std::move(table), 0, nullptr, flags});
+    stack_.push_back(FillBlocks{first, end, std::move(table), 0, nullptr, flags, owner});
   }
 
   void StepBlocks(FillBlocks& fill) {
@@ -203,21 +223,25 @@ class BlockWalk {
     BlockCursor first;
     NodeIterator last;
     if (fill.row == fill.table->Rows() || !analysis_.NextUnit(fill.next, fill.end, first, last)) {
+      HtmlTreeNode* owner = fill.owner;
       stack_.pop_back();
+      DoneWithChildren(owner, walked_);
       return;
     }
     SmartPtr<KCell> cell = fill.table->CreateCell(0, fill.row++);
     if (!cell) return;  // out of memory: the unit is dropped
     fill.filled = cell;
     const Flags flags = fill.flags;
-    stack_.push_back(Flow{first, last, std::move(cell), flags});
+    stack_.push_back(Flow{first, last, std::move(cell), flags, nullptr});
   }
 
   void StepHtmlTable(FillHtmlTable& fill) {
     NodeIterator table_cell;
     SmartPtr<KCell> target;
     if (!fill.cells->Next(table_cell, target)) {
+      HtmlTreeNode* table = fill.table;
       stack_.pop_back();
+      DoneWithChildren(table, walked_);
       return;
     }
     uint32_t record = 0;
@@ -227,11 +251,14 @@ class BlockWalk {
   }
 
   BlockAnalysis analysis_;
+  const WalkedNodes walked_;
   std::vector<Task> stack_;
 };
 
 }  // namespace
 
-void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) { BlockWalk(top).Run(top, cell); }
+void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell, WalkedNodes walked) {
+  BlockWalk(top, walked).Run(top, cell);
+}
 
 }  // namespace ZestraNS

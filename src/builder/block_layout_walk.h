@@ -32,7 +32,10 @@
 // Like the tables walk it keeps an explicit stack: the call stack does not
 // grow with the nesting of the document.
 //
-// Thread-safety: none beyond the cell's; the nodes are only read.
+// With WalkedNodes::kRelease the walk releases each element's children once
+// it is done with them (html_nodes.h); otherwise the nodes are only read.
+//
+// Thread-safety: none beyond the cell's.
 #ifndef ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
 #define ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
 
@@ -44,7 +47,8 @@ namespace ZestraNS {
 
 // Lays out the document whose top-level nodes are `top` into `cell`.
 // REQUIRES: cell is not null.
-void AddNodesToBlocks(const OrvelParser::HtmlTreeNode::List& top, Orvel::SmartPtr<KCell>& cell);
+void AddNodesToBlocks(const OrvelParser::HtmlTreeNode::List& top, Orvel::SmartPtr<KCell>& cell,
+                      WalkedNodes walked = WalkedNodes::kKeep);
 
 }  // namespace ZestraNS
 

@@ -6,17 +6,10 @@
 #include "zestra/platform/html_doc_parser.h"
 
 namespace ZestraNS {
+namespace {
 
-void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
-                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text, LayoutMode mode) {
-  OrvelParser::HtmlDocTree tree(charset);
-  OrvelParser::HtmlDocParser parser(in, KeywordTable(), tree);
-  parser.Parse();  // success shows in the node count
-  BuildTreeFromDocTree(tree, root, attribute_text, mode);
-}
-
-void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
-                          std::u16string* attribute_text, LayoutMode mode) {
+void Build(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text,
+           LayoutMode mode, WalkedNodes walked) {
   if (tree.NodeCount() == 0) return;
   std::u16string title;
   tree.GetText(title, OrvelParser::HtmlKeywordTable::kTitleAtt);
@@ -27,10 +20,30 @@ void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<
   Orvel::SmartPtr<KCell> content = root->CreateCell(0, 1);
   if (!content) return;
   if (mode == LayoutMode::kBlocks) {
-    AddNodesToBlocks(top, content);
+    AddNodesToBlocks(top, content, walked);
   } else {
-    AddNodesToCell(top.begin(), top.end(), content, false, false);
+    AddNodesToCell(top.begin(), top.end(), content, false, false, TablesLayoutTreatment(), walked);
   }
+}
+
+}  // namespace
+
+void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
+                         Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text, LayoutMode mode) {
+  OrvelParser::HtmlDocTree tree(charset);
+  OrvelParser::HtmlDocParser parser(in, KeywordTable(), tree);
+  parser.Parse();  // success shows in the node count
+  Build(tree, root, attribute_text, mode, WalkedNodes::kRelease);
+}
+
+void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
+                          std::u16string* attribute_text, LayoutMode mode) {
+  Build(tree, root, attribute_text, mode, WalkedNodes::kKeep);
+}
+
+void BuildTreeConsumingDocTree(OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
+                               std::u16string* attribute_text, LayoutMode mode) {
+  Build(tree, root, attribute_text, mode, WalkedNodes::kRelease);
 }
 
 }  // namespace ZestraNS

@@ -42,6 +42,16 @@ void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARS
 void BuildTreeFromDocTree(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
                           std::u16string* attribute_text, LayoutMode mode = LayoutMode::kTables);
 
+// Builds as BuildTreeFromDocTree does, with the same result, but releases
+// the parts of `tree` it is done with as it goes, so the memory of the
+// parsed tree goes back while the layout tree grows: afterwards the tree
+// keeps its top-level nodes, node count and charset, and the nodes walked
+// have lost their children (a child someone else holds lives on). For a
+// caller that drops the tree next; BuildTreeFromStream builds this way.
+// REQUIRES: as above.
+void BuildTreeConsumingDocTree(OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root,
+                               std::u16string* attribute_text, LayoutMode mode = LayoutMode::kTables);
+
 }  // namespace ZestraNS
 
 #endif  // ZESTRA_BUILDER_BUILD_TREE_H_

@@ -25,6 +25,20 @@ inline void GetParam(const NodeEntry& entry, const std::string& name, std::strin
   entry->GetParam(name, value);
 }
 
+// What a layout walk does with the parts of the tree it is done with.
+enum class WalkedNodes {
+  kKeep,     // nothing: the tree is only read
+  kRelease,  // an element's children are released once walked (or skipped),
+             // so that a tree the caller drops next shrinks while the layout
+             // tree grows, and the two never stand whole side by side
+};
+
+// Called by a walk when it is done with the children of `owner` (null: a
+// list the walk does not own, such as the top level).
+inline void DoneWithChildren(OrvelParser::HtmlTreeNode* owner, WalkedNodes walked) {
+  if (owner != nullptr && walked == WalkedNodes::kRelease) owner->ReleaseChildren();
+}
+
 }  // namespace ZestraNS
 
 #endif  // ZESTRA_BUILDER_HTML_NODES_H_

@@ -21,6 +21,7 @@ struct SiblingRange {
   SmartPtr<KCell> cell;
   bool in_link;
   bool pre;
+  OrvelParser::HtmlTreeNode* owner;  // whose children these are; null: the top level
 };
 
 // A paragraph to close once an element's children are done.
@@ -31,21 +32,24 @@ struct CloseAfter {
 // A nested table whose cells are being filled.
 struct FillTable {
   std::unique_ptr<TableCells> cells;
+  OrvelParser::HtmlTreeNode* table;
 };
 
 using Task = std::variant<SiblingRange, CloseAfter, FillTable>;
 
 class Walk {
  public:
-  explicit Walk(const TreatmentTable& treatment) : treatment_(treatment) {}
+  Walk(const TreatmentTable& treatment, WalkedNodes walked) : treatment_(treatment), walked_(walked) {}
 
   void Run(NodeIterator first, NodeIterator end, SmartPtr<KCell>& cell, bool in_link, bool pre) {
-    stack_.push_back(SiblingRange{first, end, cell, in_link, pre});
+    stack_.push_back(SiblingRange{first, end, cell, in_link, pre, nullptr});
     while (!stack_.empty()) {
       Task& top = stack_.back();
       if (SiblingRange* range = std::get_if<SiblingRange>(&top)) {
         if (range->next == range->end) {
+          OrvelParser::HtmlTreeNode* owner = range->owner;
           stack_.pop_back();
+          DoneWithChildren(owner, walked_);
           continue;
         }
         const NodeIterator node = range->next++;
@@ -62,7 +66,9 @@ class Walk {
         if (cells.Next(table_cell, target)) {
           PushChildren(table_cell, target, false, false);
         } else {
+          OrvelParser::HtmlTreeNode* table = std::get<FillTable>(top).table;
           stack_.pop_back();
+          DoneWithChildren(table, walked_);
         }
       }
     }
@@ -71,7 +77,7 @@ class Walk {
  private:
   void PushChildren(NodeIterator node, const SmartPtr<KCell>& cell, bool in_link, bool pre) {
     if (!HasChildren(*node)) return;
-    stack_.push_back(SiblingRange{ChildrenBegin(*node), ChildrenEnd(*node), cell, in_link, pre});
+    stack_.push_back(SiblingRange{ChildrenBegin(*node), ChildrenEnd(*node), cell, in_link, pre, node->Get()});
   }
 
   void Visit(NodeIterator node, SmartPtr<KCell>& cell, bool in_link, bool pre) {
@@ -100,7 +106,9 @@ class Walk {
         return;
       case NodeAction::kTable:
         if (std::unique_ptr<TableCells> cells = StartTable(ChildrenBegin(*node), ChildrenEnd(*node), cell, treatment_)) {
-          stack_.push_back(FillTable{std::move(cells)});
+          stack_.push_back(FillTable{std::move(cells), node->Get()});
+        } else {
+          DoneWithChildren(node->Get(), walked_);
         }
         return;
       case NodeAction::kWalk:
@@ -108,7 +116,10 @@ class Walk {
         break;
     }
     if (t.close_before) CloseParagraph(*cell);
-    if (t.action == NodeAction::kSkip) return;
+    if (t.action == NodeAction::kSkip) {
+      DoneWithChildren(node->Get(), walked_);
+      return;
+    }
     if (!HasChildren(*node)) {
       if (t.close_after) CloseParagraph(*cell);
       return;
@@ -118,14 +129,15 @@ class Walk {
   }
 
   const TreatmentTable& treatment_;
+  const WalkedNodes walked_;
   std::vector<Task> stack_;
 };
 
 }  // namespace
 
 bool AddNodesToCell(NodeIterator first, NodeIterator end, SmartPtr<KCell>& cell, bool in_link, bool pre,
-                    const TreatmentTable& treatment) {
-  Walk(treatment).Run(first, end, cell, in_link, pre);
+                    const TreatmentTable& treatment, WalkedNodes walked) {
+  Walk(treatment, walked).Run(first, end, cell, in_link, pre);
   return true;
 }
 

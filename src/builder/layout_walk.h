@@ -19,7 +19,10 @@
 // the call stack does not grow with the nesting depth of the document; the
 // heap used is proportional to that depth.
 //
-// Thread-safety: none beyond the cell's; the nodes are only read.
+// With WalkedNodes::kRelease the walk releases each element's children once
+// it is done with them (html_nodes.h); otherwise the nodes are only read.
+//
+// Thread-safety: none beyond the cell's.
 #ifndef ZESTRA_BUILDER_LAYOUT_WALK_H_
 #define ZESTRA_BUILDER_LAYOUT_WALK_H_
 
@@ -34,7 +37,8 @@ namespace ZestraNS {
 // the given in-link and preformatted flags. Always returns true.
 // REQUIRES: cell is not null.
 bool AddNodesToCell(NodeIterator first, NodeIterator end, Orvel::SmartPtr<KCell>& cell, bool in_link,
-                    bool pre, const TreatmentTable& treatment = TablesLayoutTreatment());
+                    bool pre, const TreatmentTable& treatment = TablesLayoutTreatment(),
+                    WalkedNodes walked = WalkedNodes::kKeep);
 
 }  // namespace ZestraNS
 

@@ -7,11 +7,16 @@
 
 namespace OrvelParser {
 
-HtmlTreeNode::~HtmlTreeNode() {
-  if (children_.empty()) return;
+HtmlTreeNode::~HtmlTreeNode() { ReleaseChildren(); }
+
+void HtmlTreeNode::ReleaseChildren() noexcept {
+  if (children_.empty()) {
+    List().swap(children_);
+    return;
+  }
   // Every child of which this node holds the last holder hands its own
   // children to `pending` before it goes, so its destructor finds none.
-  List pending = std::move(children_);
+  List pending = std::move(children_);  // leaves children_ empty, without an array
   while (!pending.empty()) {
     Entry entry = std::move(pending.back());
     pending.pop_back();

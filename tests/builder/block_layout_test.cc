@@ -9,6 +9,7 @@
 #include "builder/block_word_count.h"
 #include "builder/build_tree.h"
 #include "builder/html_node_builder.h"
+#include "builder/parse_page.h"
 #include "builder/keyword_table.h"
 #include "zestra/api/document_tree.h"
 #include "builder/layout_dump.h"
@@ -24,13 +25,7 @@ namespace {
 using Orvel::SmartPtr;
 using OrvelParser::HtmlDocTree;
 
-std::unique_ptr<HtmlDocTree> Parse(const std::string& page) {
-  OrvelFile::MemoryBuffer input(page.data(), static_cast<unsigned int>(page.size()),
-                                OrvelFile::MemoryBuffer::kReadInPlace);
-  auto tree = std::make_unique<HtmlDocTree>(Orvel::Utf8Charset);
-  OrvelParser::HtmlDocParser(input, KeywordTable(), *tree).Parse();
-  return tree;
-}
+std::unique_ptr<HtmlDocTree> Parse(const std::string& page) { return testing::ParsePage(page); }
 
 SmartPtr<KTable> BuildPage(const std::string& page) {
   const auto tree = Parse(page);

@@ -5,10 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "builder/keyword_table.h"
-#include "zestra/platform/html_doc_parser.h"
+#include "builder/parse_page.h"
 #include "zestra/platform/html_doc_tree.h"
-#include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS {
 namespace {
@@ -19,12 +17,7 @@ using OrvelParser::HtmlTreeNode;
 // Parses `body` and returns the tree; the element of interest carries
 // id="t" (which no list names).
 std::unique_ptr<HtmlDocTree> Parse(const std::string& body) {
-  const std::string page = "<!DOCTYPE html><body>" + body;
-  OrvelFile::MemoryBuffer input(page.data(), static_cast<unsigned int>(page.size()),
-                                OrvelFile::MemoryBuffer::kReadInPlace);
-  auto tree = std::make_unique<HtmlDocTree>(Orvel::Utf8Charset);
-  OrvelParser::HtmlDocParser(input, KeywordTable(), *tree).Parse();
-  return tree;
+  return testing::ParsePage("<!DOCTYPE html><body>" + body);
 }
 
 const HtmlTreeNode* ById(const HtmlDocTree& tree, std::string_view id) {

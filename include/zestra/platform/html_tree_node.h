@@ -75,6 +75,12 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   const List& Children() const noexcept { return children_; }
   List& Children() noexcept { return children_; }
 
+  // Gives up this node's holders of its children, and the list's memory:
+  // the subtrees no one else holds are freed, one node at a time (no
+  // recursion). Afterwards Children() is empty. For a reader done with a
+  // part of a tree it owns, so that the tree shrinks as it is read.
+  void ReleaseChildren() noexcept;
+
   // Sets `text` to the node's text as 16-bit units: for a text node its
   // characters, character references decoded and white space as written;
   // for an element the text of all text nodes below it, in document order.
