@@ -1,6 +1,7 @@
 #include "zestra/platform/html_tree_node.h"
 
 #include <iterator>
+#include <new>
 #include <utility>
 
 #include "zestra/platform/charset_conversion.h"
@@ -16,15 +17,30 @@ void HtmlTreeNode::ReleaseChildren() noexcept {
   }
   // Every child of which this node holds the last holder hands its own
   // children to `pending` before it goes, so its destructor finds none.
+  // Freeing must work when memory has run out, so the grandchildren move
+  // into whichever of the two arrays has room; only when neither has is a
+  // larger array asked for, and if that fails too the child is left to its
+  // own destructor (one more level of call depth, at a point where memory,
+  // not stack, is what is short).
   List pending = std::move(children_);  // leaves children_ empty, without an array
   while (!pending.empty()) {
     Entry entry = std::move(pending.back());
     pending.pop_back();
-    if (entry.Count() == 1 && !entry->children_.empty()) {
-      List& grandchildren = entry->children_;
+    if (entry.Count() != 1 || entry->children_.empty()) continue;
+    List& grandchildren = entry->children_;
+    if (grandchildren.capacity() - grandchildren.size() >= pending.size()) {
+      grandchildren.insert(grandchildren.end(), std::make_move_iterator(pending.begin()),
+                           std::make_move_iterator(pending.end()));
+      pending.clear();
+      pending.swap(grandchildren);
+      continue;
+    }
+    try {
       pending.insert(pending.end(), std::make_move_iterator(grandchildren.begin()),
                      std::make_move_iterator(grandchildren.end()));
       grandchildren.clear();
+    } catch (const std::bad_alloc&) {
+      // `entry` goes at the end of this iteration, with its children.
     }
   }
 }
