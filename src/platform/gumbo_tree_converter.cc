@@ -1,6 +1,7 @@
 #include "platform/gumbo_tree_converter.h"
 
 #include <gumbo.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <new>
@@ -20,8 +21,16 @@ constexpr size_t kArenaBytesPerTextByte = 64;
 constexpr size_t kArenaFixedBytes = size_t{16} << 20;
 constexpr size_t kArenaMaxBytes = size_t{64} << 30;
 
+// The reservation for a text of `text_bytes`. A process whose address space
+// is limited (ulimit -v) reserves at most a quarter of the limit, so that
+// the reservation does not crowd out the rest of the extraction.
 size_t ArenaReservation(size_t text_bytes) {
-  return std::min(kArenaMaxBytes, kArenaFixedBytes + std::min(text_bytes, kArenaMaxBytes) * kArenaBytesPerTextByte);
+  size_t bytes = std::min(kArenaMaxBytes, kArenaFixedBytes + std::min(text_bytes, kArenaMaxBytes) * kArenaBytesPerTextByte);
+  rlimit limit{};
+  if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
+    bytes = std::min(bytes, static_cast<size_t>(limit.rlim_cur / 4));
+  }
+  return bytes;
 }
 
 // Frees Gumbo's nodes one at a time during the conversion, as soon as each
