@@ -25,7 +25,8 @@ constexpr size_t kArenaMaxBytes = size_t{64} << 30;
 // is limited (ulimit -v) reserves at most a quarter of the limit, so that
 // the reservation does not crowd out the rest of the extraction.
 size_t ArenaReservation(size_t text_bytes) {
-  size_t bytes = std::min(kArenaMaxBytes, kArenaFixedBytes + std::min(text_bytes, kArenaMaxBytes) * kArenaBytesPerTextByte);
+  const size_t wanted = kArenaFixedBytes + std::min(text_bytes, kArenaMaxBytes) * kArenaBytesPerTextByte;
+  size_t bytes = std::min(kArenaMaxBytes, wanted);
   rlimit limit{};
   if (getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY) {
     bytes = std::min(bytes, static_cast<size_t>(limit.rlim_cur / 4));
