@@ -40,8 +40,11 @@ size_t ArenaReservation(size_t text_bytes) {
 // by Gumbo's own gumbo_destroy_output, handed a shell output whose document
 // is that node (its children already freed and cut off); the deallocator
 // installed by Install skips the shell, which lives here and is used again.
+// A releaser made disabled frees nothing: the arena takes the whole tree.
 class NodeReleaser {
  public:
+  explicit NodeReleaser(bool enabled) : enabled_(enabled) {}
+
   // Routes the frees of `options` through this object.
   void Install(GumboOptions& options) {
     free_ = options.deallocator;
@@ -55,6 +58,7 @@ class NodeReleaser {
   // REQUIRES: the node has no children left (they were released before,
   // and its child list cut to length 0).
   void Release(GumboNode* node) {
+    if (!enabled_) return;
     shell_ = GumboOutput{};
     shell_.document = node;
     gumbo_destroy_output(options_, &shell_);
@@ -66,6 +70,7 @@ class NodeReleaser {
     if (pointer != &self->shell_) self->free_(self->free_userdata_, pointer);
   }
 
+  const bool enabled_;
   GumboOutput shell_{};
   const GumboOptions* options_ = nullptr;
   GumboDeallocatorFunction free_ = nullptr;
@@ -75,7 +80,7 @@ class NodeReleaser {
 }  // namespace
 
 void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& keywords, HtmlDocTree& tree,
-                               Orvel::CHARSET document_charset) {
+                               Orvel::CHARSET document_charset, size_t release_from_bytes) {
   HtmlTreeNode::List top_level;
   if (utf8.empty()) {
     tree.Assign(std::move(top_level), 0, document_charset);
@@ -92,7 +97,7 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
   options.max_errors = 0;  // parse errors are of no use here, and a broken page makes many
   GumboOutput* output = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
   if (output == nullptr) throw std::bad_alloc();
-  NodeReleaser releaser;
+  NodeReleaser releaser(utf8.size() >= release_from_bytes);
   releaser.Install(options);
 
   // Element names of unknown tags, lower-cased for the keyword table.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <memory>
@@ -370,24 +371,46 @@ std::string Nested(int levels, const std::string& open, const std::string& close
   return page;
 }
 
-// Gumbo's tree converted and freed without the parser's nesting limit.
-std::unique_ptr<HtmlDocTree> ConvertUnlimited(const std::string& utf8) {
+// Gumbo's tree converted and freed without the parser's nesting limit,
+// Gumbo's nodes freed as they are converted from `release_from_bytes` on.
+std::unique_ptr<HtmlDocTree> ConvertUnlimited(
+    const std::string& utf8, size_t release_from_bytes = OrvelParser::GumboTreeConverter::kReleaseFromBytes) {
   auto tree = std::make_unique<HtmlDocTree>(Orvel::Utf8Charset);
-  OrvelParser::GumboTreeConverter::Parse(utf8, Keywords(), *tree, Orvel::Utf8Charset);
+  OrvelParser::GumboTreeConverter::Parse(utf8, Keywords(), *tree, Orvel::Utf8Charset, release_from_bytes);
   return tree;
+}
+
+// Freeing Gumbo's nodes as they are converted, done for large documents,
+// gives the tree that leaving them all to the end gives.
+TEST(HtmlDocParser, FreeingGumboNodesEarlyChangesNothing) {
+  const std::string page =
+      "<!doctype html><html><head><title>T</title><style>p{}</style></head><body class=b>"
+      "<p id=x>one <a href='/a?b=1&amp;c=2'>two <b>three</b></a><!-- note --> four</p>"
+      "<table><tr><td colspan=2>cell</td></tr></table><template><p>inert</p></template>"
+      "<svg><title>s</title><a>in svg</a></svg><custom-tag data-x=1>custom</custom-tag>"
+      "<ul><li>a<li>b</ul><pre>\n  pre</pre></body></html>";
+  const auto at_end = ConvertUnlimited(page, SIZE_MAX);
+  const auto early = ConvertUnlimited(page, 0);
+  EXPECT_EQ(early->NodeCount(), at_end->NodeCount());
+  EXPECT_EQ(Dump(early->TopLevel()), Dump(at_end->TopLevel()));
+  std::u16string text;
+  early->TopLevel()[0]->GetText(text);
+  EXPECT_NE(text.find(u"in svg"), std::u16string::npos);
 }
 
 TEST(HtmlDocParser, DeepNestingNeedsNoDeepStack) {
   // Converting and freeing run on a thread with a 1 MiB stack; one stack
-  // frame per level would overflow it.
+  // frame per level would overflow it. Both ways of freeing Gumbo's tree.
   RunWithStack(1 << 20, [] {
-    const auto divs = ConvertUnlimited(Nested(20000, "<div>", "</div>"));
-    EXPECT_GE(Depth(divs->TopLevel()), 20000u);
-    const auto tables = ConvertUnlimited(Nested(20000, "<table><tr><td>", "</td></tr></table>"));
-    EXPECT_GE(Depth(tables->TopLevel()), 80000u);
-    std::u16string text;
-    tables->TopLevel()[0]->GetText(text);
-    EXPECT_EQ(text, u"deep");
+    for (const size_t release_from : {size_t{0}, SIZE_MAX}) {
+      const auto divs = ConvertUnlimited(Nested(20000, "<div>", "</div>"), release_from);
+      EXPECT_GE(Depth(divs->TopLevel()), 20000u);
+      const auto tables = ConvertUnlimited(Nested(20000, "<table><tr><td>", "</td></tr></table>"), release_from);
+      EXPECT_GE(Depth(tables->TopLevel()), 80000u);
+      std::u16string text;
+      tables->TopLevel()[0]->GetText(text);
+      EXPECT_EQ(text, u"deep");
+    }
   });
   // The parser flattens elements past depth 512 (html_nesting_limit.h):
   // the text lies just below the deepest element kept.
