@@ -12,10 +12,10 @@
 // The outputs start out holding strings, which the call must free or keep.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "fuzz_input.h"
 #include "zestra/api/beautified_text.h"
 #include "zestra/platform/com/bstr.h"
 #include "zestra/platform/com/safe_array.h"
@@ -23,9 +23,7 @@
 
 namespace {
 
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
+using zestra_fuzz::Check;
 
 BSTR MakeBstr(const std::u16string& units) {
   BSTR text = SysAllocStringLen(units.data(), static_cast<UINT>(units.size()));

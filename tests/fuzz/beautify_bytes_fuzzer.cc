@@ -4,7 +4,6 @@
 // overload 2 (a tree parsed by the caller), and the three must agree.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -18,10 +17,7 @@
 namespace {
 
 using OrvelFile::MemoryBuffer;
-
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
+using zestra_fuzz::Check;
 
 }  // namespace
 

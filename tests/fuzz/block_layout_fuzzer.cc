@@ -5,7 +5,6 @@
 // holds no more words than the whole text.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "fuzz_input.h"
@@ -13,7 +12,6 @@
 #include "zestra/base/ref_count_vector.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/count_words.h"
-#include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/stream/memory_buffer.h"
 #include "zestra/zestra.h"
@@ -22,10 +20,7 @@ namespace {
 
 using Orvel::SmartPtr;
 using ZestraNS::KTable;
-
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
+using zestra_fuzz::Check;
 
 // Words as the score of a text would see them: runs between ASCII white
 // space.
@@ -47,17 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Orvel::CHARSET charset = zestra_fuzz::CharsetOf(data[0]);
   OrvelFile::MemoryBuffer in(data, static_cast<unsigned int>(size), OrvelFile::MemoryBuffer::kReadInPlace);
   SmartPtr<KTable> root = ZestraNS::GetDocumentTree(in, charset, ZestraNS::LayoutMode::kBlocks);
-  Check(root && root->Cols() == 1 && root->Rows() == 3 && root->Level() == 0);
-
-  ZestraNS::KStatistics statistics;
-  root->Statistics(statistics, 0xFFFFFFFFu);
-  Check(statistics.WordsInLinksAndImages() <= statistics.Words());
   Orvel::RefCountVector<KTable> tables;
-  root->FindAllTables(tables);
-  for (uint32_t i = 0; i < tables.Size(); ++i) {
-    Check(static_cast<bool>(tables[i]));
-    Check(tables[i]->Level() == (tables[i]->ParentTable() != nullptr ? tables[i]->ParentTable()->Level() + 1 : 0));
-  }
+  zestra_fuzz::CheckDocumentTree(root, tables);
 
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   zestra::Options options;

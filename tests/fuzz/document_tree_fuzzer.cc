@@ -4,13 +4,11 @@
 // accept-all strategy, and the three views must agree with each other.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "fuzz_input.h"
 #include "zestra/api/document_tree.h"
 #include "zestra/base/ref_count_vector.h"
 #include "zestra/base/smart_ptr.h"
-#include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/stream/memory_buffer.h"
 #include "zestra/traversal/zestra_visitor.h"
@@ -22,10 +20,7 @@ using Orvel::SmartPtr;
 using ZestraNS::KCell;
 using ZestraNS::KCellItem;
 using ZestraNS::KTable;
-
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
+using zestra_fuzz::Check;
 
 // Counts the hooks of a walk with the accept-all strategy.
 class CountingVisitor : public ZestraNS::ZestraVisitor {
@@ -61,15 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   OrvelFile::MemoryBuffer in(data, static_cast<unsigned int>(size), OrvelFile::MemoryBuffer::kReadInPlace);
   SmartPtr<KTable> root = ZestraNS::GetDocumentTree(in, zestra_fuzz::CharsetOf(data[0]));
-  Check(root && root->Cols() == 1 && root->Rows() == 3 && root->Level() == 0);
-
-  ZestraNS::KStatistics statistics;
-  root->Statistics(statistics, 0xFFFFFFFFu);
-  Check(statistics.WordsInLinksAndImages() <= statistics.Words());
-
   Orvel::RefCountVector<KTable> tables;
-  root->FindAllTables(tables);
-  for (uint32_t i = 0; i < tables.Size(); ++i) Check(static_cast<bool>(tables[i]));
+  zestra_fuzz::CheckDocumentTree(root, tables);
 
   SmartPtr<CountingVisitor> visitor(new CountingVisitor());
   visitor->Walk(root);
