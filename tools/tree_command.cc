@@ -16,7 +16,7 @@
 #include "zestra/model/k_cell_item.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/charset_conversion.h"
+#include "zestra/charset/charset_conversion.h"
 #include "zestra/ranking/k_rank_parameters.h"
 #include "zestra/stream/memory_buffer.h"
 #include "zestra/traversal/zestra_text_extractor.h"

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <new>
 
-#include "zestra/platform/convert_stream.h"
+#include "zestra/charset/convert_stream.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS {

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "builder/block_word_count.h"
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace ZestraNS {
 namespace {

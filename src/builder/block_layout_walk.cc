@@ -16,7 +16,7 @@
 #include "zestra/base/wide_chars.h"
 #include "zestra/model/k_cell_item.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace ZestraNS {
 namespace {

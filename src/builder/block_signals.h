@@ -18,7 +18,7 @@
 
 #include <string_view>
 
-#include "zestra/platform/html_tree_node.h"
+#include "zestra/html/html_tree_node.h"
 
 namespace ZestraNS {
 

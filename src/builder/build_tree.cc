@@ -3,7 +3,7 @@
 #include "builder/block_layout_walk.h"
 #include "builder/keyword_table.h"
 #include "builder/layout_walk.h"
-#include "zestra/platform/html_doc_parser.h"
+#include "zestra/html/html_doc_parser.h"
 
 namespace ZestraNS {
 namespace {

@@ -24,7 +24,7 @@
 #include "zestra/base/smart_ptr.h"
 #include "zestra/builder/layout_mode.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/binary_stream_buf.h"
 
 namespace ZestraNS {

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace ZestraNS {
 namespace {

@@ -4,7 +4,7 @@
 // another layout can reuse the walk with a table of its own.
 //
 // The tables layout treats the keyword ids of the parser adapter
-// (platform/html_keyword_table.h, which assigns elements to ids) like this:
+// (zestra/html/html_keyword_table.h, which assigns elements to ids) like this:
 //
 //   id                        action          paragraph      table role
 //   73 text node              text

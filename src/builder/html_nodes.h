@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include "zestra/platform/html_tree_node.h"
+#include "zestra/html/html_tree_node.h"
 
 namespace ZestraNS {
 

@@ -10,7 +10,7 @@
 #ifndef ZESTRA_BUILDER_KEYWORD_TABLE_H_
 #define ZESTRA_BUILDER_KEYWORD_TABLE_H_
 
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace ZestraNS {
 

@@ -10,7 +10,7 @@
 #include "api/fake_documents.h"
 #include "api/partition_stream.h"
 #include "zestra/api/beautify.h"
-#include "zestra/platform/charset_conversion.h"
+#include "zestra/charset/charset_conversion.h"
 #include "zestra/platform/com/safe_array.h"
 #include "zestra/stream/memory_buffer.h"
 

@@ -7,8 +7,8 @@
 
 #include "api/partition_stream.h"
 #include "builder/keyword_table.h"
-#include "zestra/platform/html_doc_parser.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_parser.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "zestra/api/beautify.h"
-#include "zestra/platform/charset_conversion.h"
+#include "zestra/charset/charset_conversion.h"
 #include "development_set.h"
 #include "zestra/stream/memory_buffer.h"
 

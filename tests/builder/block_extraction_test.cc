@@ -7,7 +7,7 @@
 #include "api/extract_text.h"
 #include "builder/build_tree.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/charset_conversion.h"
+#include "zestra/charset/charset_conversion.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS {

@@ -15,8 +15,8 @@
 #include "builder/layout_dump.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/html_doc_parser.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_parser.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS {

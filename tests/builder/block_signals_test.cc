@@ -6,7 +6,7 @@
 #include <string>
 
 #include "builder/parse_page.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 
 namespace ZestraNS {
 namespace {

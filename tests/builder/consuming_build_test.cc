@@ -10,7 +10,7 @@
 #include "builder/parse_page.h"
 #include "development_set.h"
 #include "zestra/model/k_table.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 
 namespace ZestraNS {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace ZestraNS {
 namespace {

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "zestra/platform/html_keyword_table.h"
-#include "zestra/platform/html_tree_node.h"
+#include "zestra/html/html_keyword_table.h"
+#include "zestra/html/html_tree_node.h"
 
 namespace ZestraNS::testing {
 

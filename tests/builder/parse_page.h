@@ -8,8 +8,8 @@
 
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
-#include "zestra/platform/html_doc_parser.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_parser.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace ZestraNS::testing {

@@ -10,8 +10,8 @@
 #include "fuzz_input.h"
 #include "zestra/api/beautify.h"
 #include "builder/keyword_table.h"
-#include "zestra/platform/html_doc_parser.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_parser.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/html_nesting_limit.h"
+#include "html/html_nesting_limit.h"
 
 #include <gtest/gtest.h>
 

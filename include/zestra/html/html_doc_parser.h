@@ -1,0 +1,53 @@
+// HtmlDocParser parses the bytes of one HTML document into an HtmlDocTree.
+//
+// The bytes are read from the buffer's get position to its end and
+// converted to UTF-8 from the tree's charset: a byte-order mark wins over
+// it, and an unknown or unsupported charset is found as browsers find it
+// (byte-order mark, <meta> prescan, statistical guess, then Windows-1252).
+// Invalid bytes become U+FFFD. The UTF-8 text, at most kMaxDocumentBytes
+// (1 GiB) of it, is parsed by Gumbo, an HTML5-conformant parser, so
+// malformed markup is repaired as browsers repair it and character
+// references are decoded. Elements nested deeper than 512 levels are
+// flattened first, as browsers cap their trees: the start tags that would
+// open them are dropped and their content stays in the element at the
+// limit (the cap keeps Gumbo's time, which grows with the square of the
+// depth, bounded).
+//
+// Thread-safety: a parser is used by one thread; the keyword table may be
+// shared by parsers on many threads.
+#ifndef ZESTRA_HTML_HTML_DOC_PARSER_H_
+#define ZESTRA_HTML_HTML_DOC_PARSER_H_
+
+#include "zestra/export.h"
+#include "zestra/html/html_doc_tree.h"
+#include "zestra/html/html_keyword_table.h"
+#include "zestra/stream/binary_stream_buf.h"
+
+namespace OrvelParser {
+
+class ZESTRA_EXPORT HtmlDocParser {
+ public:
+  // Prepares to parse what `input` delivers into `tree`. All three must
+  // outlive the parser. Nothing is read until Parse.
+  HtmlDocParser(Orvel::BinaryStreamBufT<unsigned int>& input, const HtmlKeywordTable& keywords,
+                HtmlDocTree& tree) noexcept
+      : input_(input), keywords_(keywords), tree_(tree) {}
+  HtmlDocParser(const HtmlDocParser&) = delete;
+  HtmlDocParser& operator=(const HtmlDocParser&) = delete;
+  ~HtmlDocParser();
+
+  // Reads the input to its end and replaces the tree's content with the
+  // parse. Returns whether the tree has nodes (an empty input gives none).
+  // Throws std::bad_alloc when memory runs out, and what the input buffer
+  // throws.
+  bool Parse();
+
+ private:
+  Orvel::BinaryStreamBufT<unsigned int>& input_;
+  const HtmlKeywordTable& keywords_;
+  HtmlDocTree& tree_;
+};
+
+}  // namespace OrvelParser
+
+#endif  // ZESTRA_HTML_HTML_DOC_PARSER_H_

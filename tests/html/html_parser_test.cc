@@ -1,0 +1,458 @@
+#include "zestra/html/html_doc_parser.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "charset/charset_test_util.h"
+#include "charset/document_decoder.h"
+#include "html/gumbo_tree_converter.h"
+#include "html/html_element_table.h"
+#include "zestra/charset/charset_names.h"
+#include "zestra/stream/memory_buffer.h"
+
+namespace {
+
+using Orvel::CHARSET;
+using OrvelFile::MemoryBuffer;
+using OrvelParser::HtmlDocTree;
+using OrvelParser::HtmlKeywordTable;
+using OrvelParser::HtmlTreeNode;
+using zestra_test::Convert;
+using zestra_test::Cs;
+
+const HtmlKeywordTable& Keywords() {
+  static const HtmlKeywordTable table(0);
+  return table;
+}
+
+std::unique_ptr<HtmlDocTree> Parse(const std::string& bytes, CHARSET charset = Orvel::Utf8Charset) {
+  MemoryBuffer input(bytes.data(), static_cast<unsigned int>(bytes.size()), MemoryBuffer::kReadInPlace);
+  auto tree = std::make_unique<HtmlDocTree>(charset);
+  OrvelParser::HtmlDocParser parser(input, Keywords(), *tree);
+  const bool parsed = parser.Parse();
+  EXPECT_EQ(parsed, tree->NodeCount() != 0);
+  return tree;
+}
+
+// The first node, depth first, whose keyword id is `id`; null when none.
+const HtmlTreeNode* Find(const HtmlDocTree& tree, uint32_t id, int skip = 0) {
+  const HtmlTreeNode* found = nullptr;
+  OrvelParser::WalkNodes(tree.TopLevel(), [&](const HtmlTreeNode& node) {
+    if (found == nullptr && node.Id() == id && skip-- == 0) found = &node;
+    return found == nullptr;
+  });
+  return found;
+}
+
+// The tree as text: ids, with text nodes in quotes and children in brackets.
+std::string Dump(const HtmlTreeNode::List& list) {
+  std::string out;
+  for (const HtmlTreeNode::Entry& entry : list) {
+    if (!out.empty()) out += ",";
+    if (entry->IsText()) {
+      out += "'" + std::string(entry->Utf8Text()) + "'";
+      continue;
+    }
+    out += std::to_string(entry->Id());
+    if (!entry->Children().empty()) out += "[" + Dump(entry->Children()) + "]";
+  }
+  return out;
+}
+
+std::u16string Text(const HtmlTreeNode& node) {
+  std::u16string text = u"stale";
+  node.GetText(text);
+  return text;
+}
+
+// Runs `work` on a thread with a stack of `stack_bytes`.
+void RunWithStack(size_t stack_bytes, const std::function<void()>& work) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, stack_bytes);
+  pthread_t thread;
+  auto* task = new std::function<void()>(work);
+  ASSERT_EQ(pthread_create(
+                &thread, &attributes,
+                [](void* argument) -> void* {
+                  auto* f = static_cast<std::function<void()>*>(argument);
+                  (*f)();
+                  delete f;
+                  return nullptr;
+                },
+                task),
+            0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST(HtmlKeywordTable, GivesElementsTheirIdsAndAttributes) {
+  const HtmlKeywordTable& k = Keywords();
+  EXPECT_EQ(k.Word("pre"), 54u);
+  EXPECT_EQ(k.Word("br"), 28u);
+  EXPECT_EQ(k.Word("a"), 31u | HtmlKeywordTable::kLinkAtt);
+  EXPECT_EQ(k.Word("area"), 6u | HtmlKeywordTable::kLinkAtt);
+  EXPECT_EQ(k.Word("title"), 10u | HtmlKeywordTable::kTitleAtt);
+  EXPECT_EQ(k.Word("table"), 50u);
+  EXPECT_EQ(k.Word("tr"), 15u);
+  EXPECT_EQ(k.Word("td"), 21u);
+  EXPECT_EQ(k.Word("th"), 27u);
+  EXPECT_EQ(k.Word("thead"), 3u);
+  EXPECT_EQ(k.Word("tbody"), 39u);
+  EXPECT_EQ(k.Word("tfoot"), 9u);
+  EXPECT_EQ(k.Word("p"), 12u);
+  EXPECT_EQ(k.Word("h3"), 40u);
+  EXPECT_EQ(k.Word("li"), 5u);
+  EXPECT_EQ(k.Word("summary"), 33u);
+  EXPECT_EQ(k.Word("script"), 0u);
+  EXPECT_EQ(k.Word("select"), 16u);
+  EXPECT_EQ(k.Word("my-widget"), 7u);
+  EXPECT_EQ(k.Word(""), 7u);
+  EXPECT_EQ(k.Word("P"), 7u);  // names are lower case
+}
+
+TEST(HtmlKeywordTable, ElementTableIsConsistent) {
+  std::set<std::string> names;
+  std::set<uint32_t> ids;
+  for (const OrvelParser::HtmlElementRow& row : OrvelParser::HtmlElementTable()) {
+    EXPECT_TRUE(names.insert(row.name).second) << row.name;
+    EXPECT_LT(row.id, 256u) << row.name;
+    EXPECT_EQ(row.attributes & HtmlKeywordTable::kIdMask, 0u) << row.name;
+    EXPECT_NE(row.id, uint32_t{OrvelParser::kIdText}) << row.name;
+    ids.insert(row.id);
+  }
+  // Every id the layout treats specially has an element, but for two of the
+  // paragraph-before ids, which no element needs.
+  for (uint32_t id : {0, 4, 10, 14, 16, 20, 26, 32, 12, 18, 40, 42, 44, 46, 5, 11, 17, 22, 33, 54, 28, 31, 50,
+                      15, 21, 27, 3, 39, 9}) {
+    EXPECT_EQ(ids.count(id), 1u) << id;
+  }
+  EXPECT_EQ(ids.count(23), 0u);
+  EXPECT_EQ(ids.count(49), 0u);
+}
+
+TEST(HtmlKeywordTable, ElementNumbersTellElementsOfOneIdApart) {
+  const HtmlKeywordTable& k = Keywords();
+  const auto rows = OrvelParser::HtmlElementTable();
+  for (size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(k.Element(rows[i].name), i + 1) << rows[i].name;
+    EXPECT_EQ(HtmlKeywordTable::ElementName(static_cast<OrvelParser::ElementNumber>(i + 1)), rows[i].name);
+  }
+  EXPECT_EQ(k.Word("nav"), k.Word("footer"));
+  EXPECT_NE(k.Element("nav"), k.Element("footer"));
+  EXPECT_EQ(k.Element("my-widget"), OrvelParser::kNoElement);
+  EXPECT_EQ(HtmlKeywordTable::ElementName(OrvelParser::kNoElement), "");
+  EXPECT_EQ(HtmlKeywordTable::ElementName(static_cast<OrvelParser::ElementNumber>(rows.size() + 1)), "");
+}
+
+TEST(HtmlDocParser, NodesKnowTheirElementAndWhichAttributesArePresent) {
+  const auto tree = Parse("<nav hidden class=\"\" ARIA-HIDDEN=true>x</nav><my-box>y</my-box><svg><a>z</a></svg>");
+  const HtmlTreeNode* nav = Find(*tree, OrvelParser::kIdSection);
+  ASSERT_NE(nav, nullptr);
+  EXPECT_EQ(nav->Name(), "nav");
+  EXPECT_EQ(nav->Element(), Keywords().Element("nav"));
+  std::string_view value = "stale";
+  EXPECT_TRUE(nav->FindParam("hidden", value));
+  EXPECT_EQ(value, "");
+  EXPECT_TRUE(nav->FindParam("class", value));
+  EXPECT_EQ(value, "");
+  EXPECT_TRUE(nav->FindParam("aria-hidden", value));
+  EXPECT_EQ(value, "true");
+  EXPECT_FALSE(nav->FindParam("id", value));
+  EXPECT_FALSE(nav->FindParam("hidde", value));
+  EXPECT_EQ(nav->Children()[0]->Name(), "");  // a text node
+  EXPECT_FALSE(nav->Children()[0]->FindParam("hidden", value));
+  const HtmlTreeNode* custom = Find(*tree, OrvelParser::kIdOther);
+  ASSERT_NE(custom, nullptr);
+  EXPECT_EQ(custom->Name(), "");
+  // Inside SVG only the root has an element: the <a> there is not a link.
+  const HtmlTreeNode* svg = Find(*tree, OrvelParser::kIdGraphics);
+  ASSERT_NE(svg, nullptr);
+  EXPECT_EQ(svg->Name(), "svg");
+  EXPECT_EQ(svg->Children()[0]->Element(), OrvelParser::kNoElement);
+}
+
+TEST(HtmlDocParser, BuildsTheTreeOfADocument) {
+  const auto tree = Parse(
+      "<!-- first --><!DOCTYPE html><html><head><title> My \n  Page </title>"
+      "<script>var x = '<p>';</script></head>"
+      "<body><p class=intro>Hello &amp; <a href=\"/x?a=1&amp;b=2\">bye&nbsp;now</a></p>"
+      "<map><area href=y></map><svg><title>icon</title></svg></body></html>");
+  // The comment never stands first: the list holds the html element only.
+  ASSERT_EQ(tree->TopLevel().size(), 1u);
+  EXPECT_EQ(tree->TopLevel()[0]->Id(), 1u);
+  EXPECT_EQ(Dump(tree->TopLevel()),
+            "1[10[10[' My \n  Page '],0['var x = '<p>';']],"
+            "1[12['Hello & ',31['bye\xC2\xA0now']],13[6],26[7['icon']]]]");
+  EXPECT_EQ(tree->NodeCount(), 16u);
+  EXPECT_EQ(tree->DocumentCharset(), Orvel::Utf8Charset);
+
+  // The title, and only the HTML one, carries the title attribute.
+  std::u16string title = u"stale";
+  tree->GetText(title, HtmlKeywordTable::kTitleAtt);
+  EXPECT_EQ(title, u"My Page");
+
+  const HtmlTreeNode* p = Find(*tree, OrvelParser::kIdParagraph);
+  ASSERT_NE(p, nullptr);
+  EXPECT_EQ(Text(*p->Children()[0]), u"Hello & ");
+  EXPECT_EQ(Text(*p), u"Hello & bye\u00a0now");
+  std::string value = "stale";
+  p->GetParam("class", value);
+  EXPECT_EQ(value, "intro");
+  p->GetParam("id", value);
+  EXPECT_EQ(value, "");
+
+  const HtmlTreeNode* anchor = Find(*tree, OrvelParser::kIdAnchor);
+  ASSERT_NE(anchor, nullptr);
+  EXPECT_TRUE(anchor->HasAttribute(HtmlKeywordTable::kLinkAtt));
+  anchor->GetParam("href", value);
+  EXPECT_EQ(value, "/x?a=1&b=2");
+  const HtmlTreeNode* area = Find(*tree, OrvelParser::kIdArea);
+  ASSERT_NE(area, nullptr);
+  EXPECT_EQ(area->Keyword(), 6u | HtmlKeywordTable::kLinkAtt);
+  EXPECT_FALSE(p->HasAttribute(HtmlKeywordTable::kLinkAtt));
+}
+
+TEST(HtmlDocParser, ReadsSpansAndTableStructure) {
+  const auto tree = Parse("<table><tr><td rowspan=\"2\" COLSPAN=3>a</td><th>b</th></tr></table>"
+                          "<pre>\r\nx\n</pre><br><ul><li>one<li>two</ul>");
+  EXPECT_EQ(Dump(tree->TopLevel()),
+            "1[10,1[50[39[15[21['a'],27['b']]]],54['x\n'],28,42[5['one'],5['two']]]]");
+  const HtmlTreeNode* td = Find(*tree, OrvelParser::kIdTd);
+  ASSERT_NE(td, nullptr);
+  std::string value;
+  td->GetParam("rowspan", value);
+  EXPECT_EQ(value, "2");
+  td->GetParam("colspan", value);
+  EXPECT_EQ(value, "3");
+}
+
+TEST(HtmlDocParser, SourcePositionsAreByteOffsetsOfTheUtf8Text) {
+  const std::string page = "<body><p>ab&amp;c</p>\xC3\xA9<b>x</b>";
+  const auto tree = Parse(page);
+  const HtmlTreeNode* p = Find(*tree, OrvelParser::kIdParagraph);
+  ASSERT_NE(p, nullptr);
+  EXPECT_EQ(p->SourcePosition(), page.find("<p>"));
+  EXPECT_EQ(p->SourceLength(), std::string("<p>ab&amp;c</p>").size());
+  const HtmlTreeNode& text = *p->Children()[0];
+  EXPECT_EQ(text.SourcePosition(), page.find("ab&amp;c"));
+  EXPECT_EQ(text.SourceLength(), 8u);
+  const HtmlTreeNode* bold = Find(*tree, OrvelParser::kIdPhrase);
+  ASSERT_NE(bold, nullptr);
+  EXPECT_EQ(bold->Children()[0]->SourcePosition(), page.find("x</b>"));
+  // The html and head elements are implied: no span.
+  EXPECT_EQ(tree->TopLevel()[0]->SourceLength(), 0u);
+  // In Windows-1252 the same document has one byte fewer before the <b>, but
+  // positions count the UTF-8 form.
+  const auto latin = Parse("<body><p>ab&amp;c</p>\xE9<b>x</b>", Orvel::Windows1252Charset);
+  EXPECT_EQ(Find(*latin, OrvelParser::kIdPhrase)->Children()[0]->SourcePosition(), page.find("x</b>"));
+  // A byte-order mark is not part of the text.
+  const auto marked = Parse("\xEF\xBB\xBF" + page);
+  EXPECT_EQ(Find(*marked, OrvelParser::kIdParagraph)->SourcePosition(), page.find("<p>"));
+}
+
+TEST(HtmlDocParser, EmptyInputGivesNoNodes) {
+  const auto tree = Parse("");
+  EXPECT_EQ(tree->NodeCount(), 0u);
+  EXPECT_TRUE(tree->TopLevel().empty());
+  std::u16string title = u"stale";
+  tree->GetText(title, HtmlKeywordTable::kTitleAtt);
+  EXPECT_EQ(title, u"");
+}
+
+TEST(HtmlDocParser, NulAndInvalidBytesDoNotStopTheParse) {
+  const char page[] = "<p>a\0b\xFF" "c</p><p>d</p>";
+  const auto tree = Parse(std::string(page, sizeof page - 1));
+  const HtmlTreeNode* second = Find(*tree, OrvelParser::kIdParagraph, 1);
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(Text(*second), u"d");
+  const std::u16string first = Text(*Find(*tree, OrvelParser::kIdParagraph));
+  EXPECT_EQ(first.find(u'\0'), std::u16string::npos);
+  EXPECT_NE(first.find(u"\uFFFDc"), std::u16string::npos);
+}
+
+TEST(HtmlDocParser, FindsTheCharsetAsBrowsersDo) {
+  const std::string utf8 = "<html><head><meta charset=windows-1251></head><body><p>Съешь же ещё</p></body></html>";
+  const std::string cp1251 = Convert(Orvel::Utf8Charset, Cs(1251), utf8);
+  const std::string expected = Dump(Parse(utf8)->TopLevel());
+  // Declared by the document, given by the caller, or both.
+  auto tree = Parse(cp1251, Orvel::UnknownCharset);
+  EXPECT_EQ(tree->DocumentCharset(), Cs(1251));
+  EXPECT_EQ(Dump(tree->TopLevel()), expected);
+  EXPECT_EQ(Dump(Parse(cp1251, Cs(1251))->TopLevel()), expected);
+  // Valid UTF-8 is UTF-8, whatever the page declares.
+  EXPECT_EQ(Parse(utf8, Orvel::UnknownCharset)->DocumentCharset(), Orvel::Utf8Charset);
+  // A charset this system cannot convert counts as unknown.
+  EXPECT_EQ(Parse(cp1251, Cs(4242))->DocumentCharset(), Cs(1251));
+  // A byte-order mark wins over the given charset and the declaration.
+  tree = Parse("\xEF\xBB\xBF" + utf8, Cs(1251));
+  EXPECT_EQ(tree->DocumentCharset(), Orvel::Utf8Charset);
+  EXPECT_EQ(Dump(tree->TopLevel()), expected);
+  // 16-bit text, with and without a byte-order mark.
+  const std::string wide = Convert(Orvel::Utf8Charset, Orvel::Utf16LECharset, utf8);
+  EXPECT_EQ(Dump(Parse(wide, Orvel::Utf16LECharset)->TopLevel()), expected);
+  EXPECT_EQ(Dump(Parse("\xFF\xFE" + wide, Orvel::Windows1252Charset)->TopLevel()), expected);
+  EXPECT_EQ(Dump(Parse(Convert(Orvel::Utf8Charset, OrvelCharset::Utf16BECharset, utf8),
+                       Orvel::UnknownCharset)->TopLevel()),
+            expected);
+  // Nothing to go by: Windows-1252.
+  EXPECT_EQ(Parse("<p>caf\xE9</p>", Orvel::UnknownCharset)->DocumentCharset(), Orvel::Windows1252Charset);
+}
+
+TEST(HtmlDocParser, EveryCharsetFamilyGivesTheTreeOfItsUtf8Form) {
+  const std::pair<int32_t, const char*> pages[] = {
+      {28592, "Zażółć gęślą jaźń"}, {28595, "Съешь же ещё"},   {28597, "Ξεσκεπάζω"},
+      {1250, "Příliš žluťoučký"},   {1251, "Съешь же ещё"},    {1253, "Ξεσκεπάζω"},
+      {1254, "yağız şoföre"},       {1255, "דג סקרן"},          {1256, "صِف خَلقَ"},
+      {1257, "Įlinkdama"},          {20866, "Съешь же ещё"},   {21866, "Чуєш їх"},
+      {932, "いろはにほへと 日本語"}, {51932, "いろはにほへと"}, {50220, "いろはにほへと"},
+      {936, "我能吞下玻璃"},         {54936, "我能吞下玻璃"},    {950, "我能吞下玻璃"},
+      {949, "나는 유리를"},          {874, "เป็นมนุษย์"},         {1252, "Œuvre à €5"},
+  };
+  for (const auto& [code_page, text] : pages) {
+    const std::string page = std::string("<title>") + text + "</title><table><tr><td>" + text +
+                             "<a href=x>" + text + "</a></td></tr></table><p>" + text + "</p>";
+    const std::string encoded = Convert(Orvel::Utf8Charset, Cs(code_page), page);
+    ASSERT_NE(encoded, page) << code_page;
+    const auto tree = Parse(encoded, Cs(code_page));
+    EXPECT_EQ(Dump(tree->TopLevel()), Dump(Parse(page)->TopLevel())) << code_page;
+    std::u16string title;
+    tree->GetText(title, HtmlKeywordTable::kTitleAtt);
+    std::u16string expected;
+    OrvelCharset::AppendUtf16(text, std::strlen(text), expected);
+    EXPECT_EQ(title, expected) << code_page;
+  }
+}
+
+TEST(DecodeDocument, CutsAtTheLimitOnACharacterBoundary) {
+  const std::string page = "abcd\xC3\xA9" "f";
+  MemoryBuffer input(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
+  std::string utf8;
+  EXPECT_EQ(OrvelParser::DecodeDocument(input, Orvel::Utf8Charset, utf8, 5), Orvel::Utf8Charset);
+  EXPECT_EQ(utf8, "abcd");
+  MemoryBuffer again(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
+  OrvelParser::DecodeDocument(again, Orvel::Utf8Charset, utf8, 6);
+  EXPECT_EQ(utf8, "abcd\xC3\xA9");
+  // Larger than the first read, and ending in a truncated character.
+  const std::string big = std::string(3 << 20, 'x') + "\xE2\x82";
+  MemoryBuffer large(big.data(), static_cast<unsigned int>(big.size()), MemoryBuffer::kReadInPlace);
+  OrvelParser::DecodeDocument(large, Orvel::Utf8Charset, utf8);
+  EXPECT_EQ(utf8.size(), (3u << 20) + 3);
+  EXPECT_EQ(utf8.substr(utf8.size() - 4), "x\xEF\xBF\xBD");
+}
+
+// The deepest nesting of element nodes below `list`.
+size_t Depth(const HtmlTreeNode::List& list) {
+  size_t deepest = 0;
+  std::vector<std::pair<const HtmlTreeNode::List*, size_t>> stack{{&list, 1}};
+  while (!stack.empty()) {
+    auto [current, depth] = stack.back();
+    stack.pop_back();
+    for (const HtmlTreeNode::Entry& entry : *current) {
+      deepest = std::max(deepest, depth);
+      stack.emplace_back(&entry->Children(), depth + 1);
+    }
+  }
+  return deepest;
+}
+
+std::string Nested(int levels, const std::string& open, const std::string& close) {
+  std::string page;
+  for (int i = 0; i < levels; ++i) page += open;
+  page += "deep";
+  for (int i = 0; i < levels; ++i) page += close;
+  return page;
+}
+
+// Gumbo's tree converted and freed without the parser's nesting limit,
+// Gumbo's nodes freed as they are converted from `release_from_bytes` on.
+std::unique_ptr<HtmlDocTree> ConvertUnlimited(
+    const std::string& utf8, size_t release_from_bytes = OrvelParser::GumboTreeConverter::kReleaseFromBytes) {
+  auto tree = std::make_unique<HtmlDocTree>(Orvel::Utf8Charset);
+  OrvelParser::GumboTreeConverter::Parse(utf8, Keywords(), *tree, Orvel::Utf8Charset, release_from_bytes);
+  return tree;
+}
+
+// Freeing Gumbo's nodes as they are converted, done for large documents,
+// gives the tree that leaving them all to the end gives.
+TEST(HtmlDocParser, FreeingGumboNodesEarlyChangesNothing) {
+  const std::string page =
+      "<!doctype html><html><head><title>T</title><style>p{}</style></head><body class=b>"
+      "<p id=x>one <a href='/a?b=1&amp;c=2'>two <b>three</b></a><!-- note --> four</p>"
+      "<table><tr><td colspan=2>cell</td></tr></table><template><p>inert</p></template>"
+      "<svg><title>s</title><a>in svg</a></svg><custom-tag data-x=1>custom</custom-tag>"
+      "<ul><li>a<li>b</ul><pre>\n  pre</pre></body></html>";
+  const auto at_end = ConvertUnlimited(page, SIZE_MAX);
+  const auto early = ConvertUnlimited(page, 0);
+  EXPECT_EQ(early->NodeCount(), at_end->NodeCount());
+  EXPECT_EQ(Dump(early->TopLevel()), Dump(at_end->TopLevel()));
+  std::u16string text;
+  early->TopLevel()[0]->GetText(text);
+  EXPECT_NE(text.find(u"in svg"), std::u16string::npos);
+}
+
+TEST(HtmlDocParser, DeepNestingNeedsNoDeepStack) {
+  // Converting and freeing run on a thread with a 1 MiB stack; one stack
+  // frame per level would overflow it. Both ways of freeing Gumbo's tree.
+  RunWithStack(1 << 20, [] {
+    for (const size_t release_from : {size_t{0}, SIZE_MAX}) {
+      const auto divs = ConvertUnlimited(Nested(20000, "<div>", "</div>"), release_from);
+      EXPECT_GE(Depth(divs->TopLevel()), 20000u);
+      const auto tables = ConvertUnlimited(Nested(20000, "<table><tr><td>", "</td></tr></table>"), release_from);
+      EXPECT_GE(Depth(tables->TopLevel()), 80000u);
+      std::u16string text;
+      tables->TopLevel()[0]->GetText(text);
+      EXPECT_EQ(text, u"deep");
+    }
+  });
+  // The parser flattens elements past depth 512 (html_nesting_limit.h):
+  // the text lies just below the deepest element kept.
+  const auto flattened = Parse(Nested(20000, "<div>", "</div>"));
+  EXPECT_EQ(Depth(flattened->TopLevel()), 513u);
+  std::u16string text;
+  flattened->TopLevel()[0]->GetText(text);
+  EXPECT_EQ(text, u"deep");
+}
+
+TEST(HtmlTreeNode, ReleasesDeepTreesWithoutRecursionAndKeepsSharedSubtrees) {
+  RunWithStack(256 << 10, [] {
+    HtmlTreeNode::Entry root(new HtmlTreeNode(OrvelParser::kIdDivision, 0, 0));
+    HtmlTreeNode::Entry kept;
+    HtmlTreeNode* tip = root.Get();
+    for (int i = 0; i < 1000000; ++i) {
+      HtmlTreeNode::Entry child(new HtmlTreeNode(OrvelParser::kIdDivision, 0, 0));
+      tip->Children().push_back(child);
+      tip = child.Get();
+      if (i == 10) kept = child;
+    }
+    HtmlTreeNode::Entry leaf(new HtmlTreeNode(OrvelParser::kIdText, 0, 0));
+    leaf->SetText("end");
+    tip->Children().push_back(leaf);
+    root.Reset();
+    // The subtree held elsewhere outlives its parent, whole.
+    EXPECT_EQ(kept.Count(), 1);
+    EXPECT_EQ(Depth(kept->Children()), 999990u);
+    std::u16string text;
+    kept->GetText(text);
+    EXPECT_EQ(text, u"end");
+  });
+}
+
+TEST(HtmlDocParser, ParsesAFiftyMegabyteTextNode) {
+  const std::string page = "<p>" + std::string(50 << 20, 'a') + "</p>";
+  const auto tree = Parse(page);
+  const HtmlTreeNode* p = Find(*tree, OrvelParser::kIdParagraph);
+  ASSERT_NE(p, nullptr);
+  ASSERT_EQ(p->Children().size(), 1u);
+  EXPECT_EQ(p->Children()[0]->Utf8Text().size(), 50u << 20);
+  EXPECT_EQ(p->Children()[0]->SourceLength(), 50u << 20);
+}
+
+}  // namespace
