@@ -7,7 +7,7 @@ namespace OrvelParser {
 namespace {
 
 struct NamedRef {
-  const char* name;  // with its ';' where the standard has one
+  std::string_view name;  // with its ';' where the standard has one
   uint32_t code_point;
   uint32_t second;  // 0: a single code point
 };

@@ -84,6 +84,23 @@ enum class S : uint8_t {
 constexpr int kEofChar = -1;
 constexpr char kReplacement[] = "\xEF\xBF\xBD";  // U+FFFD in UTF-8
 
+// Byte classes of the tag and attribute name loops.
+enum NameByte : uint8_t {
+  kNameCopy = 0,   // part of the name as it is
+  kNameUpper = 1,  // A-Z: part of the name, lowered
+  kNameEquals = 2, // '=': ends an attribute name, part of a tag name
+  kNameStop = 3,   // white space, '/', '>', NUL: the name state treats it apart
+};
+struct NameByteTable {
+  NameByte classes[256];
+  constexpr NameByteTable() : classes() {
+    for (int c = 'A'; c <= 'Z'; ++c) classes[c] = kNameUpper;
+    for (const unsigned char c : {'\t', '\n', '\f', '\r', ' ', '/', '>', '\0'}) classes[c] = kNameStop;
+    classes[static_cast<unsigned char>('=')] = kNameEquals;
+  }
+};
+constexpr NameByteTable kNameBytes;
+
 constexpr bool IsSpace(int c) { return c == '\t' || c == '\n' || c == '\f' || c == ' ' || c == '\r'; }
 constexpr bool IsAlpha(int c) { return ((c | 0x20) >= 'a' && (c | 0x20) <= 'z'); }
 constexpr char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
@@ -234,17 +251,6 @@ struct Tokenizer::State {
     out.end = run_source_end;
     run_empty = true;
   }
-  // Hands `token` out, after the pending character run if there is one.
-  bool Emit(Token& out, const Token& token) {
-    if (run_empty) {
-      out = token;
-    } else {
-      pending = token;
-      has_pending = true;
-      FillRun(out);
-    }
-    return true;
-  }
   bool EmitEof(Token& out) {
     state = S::kEof;
     if (run_empty) {
@@ -270,7 +276,8 @@ struct Tokenizer::State {
   // --- tags ----------------------------------------------------------------
   void StartTag(bool end_tag) {
     tag_is_end = end_tag;
-    tag_name.clear();
+    tag_name = {};
+    tag_name_buffer.clear();
     tag_hash = TagHashSeed();
     self_closing = false;
     attributes.clear();
@@ -279,19 +286,46 @@ struct Tokenizer::State {
     attribute_open = false;
     dedup_active = false;
   }
-  void AppendTagName(char c) {
-    c = Lower(c);
-    tag_name.push_back(c);
-    tag_hash = TagHashStep(tag_hash, static_cast<unsigned char>(c));
+  // Appends input[from, to) lowered to `piece`, a copy from then on.
+  void AppendLowered(Piece& piece, std::string& buffer, uint32_t from, uint32_t to) {
+    if (!piece.buffered) Materialize(piece, buffer);
+    for (uint32_t i = from; i < to; ++i) buffer.push_back(Lower(in[i]));
+    piece.end = static_cast<uint32_t>(buffer.size());
   }
-  void AppendTagNameBytes(const char* bytes, size_t count) {
-    for (size_t i = 0; i < count; ++i) AppendTagName(bytes[i]);
+  // Reads name bytes from pos up to the first byte of class kNameStop (and
+  // kNameEquals when `stop_at_equals`), lowered into `name`. Returns the
+  // hash of the bytes read on top of `hash` when `hashed`.
+  template <bool kStopAtEquals, bool kHashed>
+  uint32_t ReadName(Piece& name, std::string& buffer, uint32_t hash) {
+    const uint32_t start = pos;
+    bool upper = false;
+    while (pos < size) {
+      const auto c = static_cast<unsigned char>(in[pos]);
+      const NameByte kind = kNameBytes.classes[c];
+      if (kind == kNameStop || (kStopAtEquals && kind == kNameEquals)) break;
+      upper |= kind == kNameUpper;
+      if (kHashed) hash = TagHashStep(hash, static_cast<unsigned char>(c | (kind == kNameUpper ? 0x20 : 0)));
+      ++pos;
+    }
+    if (pos == start) return hash;
+    if (upper) {
+      AppendLowered(name, buffer, start, pos);
+    } else {
+      AppendInput(name, buffer, start, pos);
+    }
+    return hash;
   }
-  bool AppropriateEndTag() const { return !last_start_tag.empty() && tag_name == last_start_tag; }
+  void AppendReplacementToTagName() {
+    AppendBytes(tag_name, tag_name_buffer, kReplacement, 3);
+    for (const char byte : std::string_view(kReplacement, 3))
+      tag_hash = TagHashStep(tag_hash, static_cast<unsigned char>(byte));
+  }
+  std::string_view TagNameView() const { return View(tag_name, tag_name_buffer); }
+  bool AppropriateEndTag() const { return !last_start_tag.empty() && TagNameView() == last_start_tag; }
 
   struct AttributeRecord {
-    uint32_t name_begin, name_end;  // in attribute_names
-    uint32_t hash;
+    Piece name;     // in the input or attribute_names
+    uint32_t hash;  // of the name, set once the set of names is in use
     Piece value;  // in the input or attribute_values
   };
 
@@ -299,23 +333,17 @@ struct Tokenizer::State {
     FinishAttribute();
     attribute_open = true;
     attribute_dropped = false;
-    current.name_begin = current.name_end = static_cast<uint32_t>(attribute_names.size());
-    current.hash = TagHashSeed();
+    current.name = {};
+    current.hash = 0;
     current.value = {};
-  }
-  void AppendAttributeName(char c) {
-    c = Lower(c);
-    attribute_names.push_back(c);
-    current.hash = TagHashStep(current.hash, static_cast<unsigned char>(c));
   }
   // Leaving the attribute name state: a name the tag already has drops the
   // new attribute (its value is still read, then discarded).
   void EndAttributeName() {
-    current.name_end = static_cast<uint32_t>(attribute_names.size());
     if (tag_is_end) return;  // an end tag's attributes are dropped anyway
     if (IsDuplicate()) {
       attribute_dropped = true;
-      attribute_names.resize(current.name_begin);
+      if (current.name.buffered) attribute_names.resize(current.name.begin);
     }
   }
   void FinishAttribute() {
@@ -330,7 +358,7 @@ struct Tokenizer::State {
   }
 
   std::string_view AttributeName(const AttributeRecord& record) const {
-    return {attribute_names.data() + record.name_begin, record.name_end - record.name_begin};
+    return View(record.name, attribute_names);
   }
 
   // Duplicate names: a linear scan while the tag has few attributes, an
@@ -338,7 +366,7 @@ struct Tokenizer::State {
   // amortised constant time however many attributes one tag has.
   static constexpr size_t kLinearDedupLimit = 8;
   bool IsDuplicate() {
-    const std::string_view name(attribute_names.data() + current.name_begin, current.name_end - current.name_begin);
+    const std::string_view name = AttributeName(current);
     if (!dedup_active) {
       for (const AttributeRecord& record : attributes)
         if (AttributeName(record) == name) return true;
@@ -347,10 +375,15 @@ struct Tokenizer::State {
         // that clearing costs what this tag has).
         dedup_slots.assign(64, 0);
         dedup_active = true;
-        for (uint32_t i = 0; i < attributes.size(); ++i) InsertDedup(i);
+        for (uint32_t i = 0; i < attributes.size(); ++i) {
+          attributes[i].hash = HashName(AttributeName(attributes[i]));
+          InsertDedup(i);
+        }
+        current.hash = HashName(name);
       }
       return false;
     }
+    current.hash = HashName(name);
     const size_t mask = dedup_slots.size() - 1;
     for (size_t slot = DedupSlot(current.hash, mask);; slot = (slot + 1) & mask) {
       const uint32_t entry = dedup_slots[slot];
@@ -358,6 +391,11 @@ struct Tokenizer::State {
       const AttributeRecord& record = attributes[entry - 1];
       if (record.hash == current.hash && AttributeName(record) == name) return true;
     }
+  }
+  static uint32_t HashName(std::string_view name) {
+    uint32_t hash = 0x811C9DC5u;
+    for (const char c : name) hash = TagHashStep(hash, static_cast<unsigned char>(c));
+    return hash;
   }
   static size_t DedupSlot(uint32_t hash, size_t mask) { return (hash ^ (hash >> 15)) & mask; }
   void InsertDedup(uint32_t index) {
@@ -375,24 +413,37 @@ struct Tokenizer::State {
     dedup_slots[slot] = index + 1;
   }
 
+  // The token to fill for a token other than characters: `out`, or the
+  // pending slot when a character run goes out first.
+  Token& Target(Token& out) {
+    if (run_empty) return out;
+    has_pending = true;
+    FillRun(out);
+    return pending;
+  }
   bool EmitTag(Token& out) {
     FinishAttribute();
     state = S::kData;
-    Token token;
+    Token& token = Target(out);
     token.type = tag_is_end ? TokenType::kEndTag : TokenType::kStartTag;
-    token.data = tag_name;
-    token.tag = LookupTagHashed(tag_name, tag_hash);
+    token.data = TagNameView();
+    token.data_in_input = false;
+    token.tag = LookupTagHashed(token.data, tag_hash);
     token.self_closing = self_closing;
+    token.has_name = token.has_public_id = token.has_system_id = token.force_quirks = false;
+    token.public_id = token.system_id = {};
     token.begin = token_begin;
     token.end = pos;
-    if (!tag_is_end) {
+    if (tag_is_end) {
+      token.attributes = {};
+    } else {
       out_attributes.clear();
       for (const AttributeRecord& record : attributes)
         out_attributes.push_back({AttributeName(record), View(record.value, attribute_values)});
       token.attributes = out_attributes;
-      last_start_tag = tag_name;
+      last_start_tag.assign(token.data);
     }
-    return Emit(out, token);
+    return true;
   }
   void CharRefInAttribute(uint32_t amp) {
     CharRef ref;
@@ -440,13 +491,14 @@ struct Tokenizer::State {
   void CommentChar(char c) { AppendChar(comment, comment_buffer, c); }
   bool EmitComment(Token& out) {
     state = S::kData;
-    Token token;
+    Token& token = Target(out);
+    token = Token();
     token.type = TokenType::kComment;
     token.data = View(comment, comment_buffer);
     token.data_in_input = !comment.buffered;
     token.begin = token_begin;
     token.end = pos;
-    return Emit(out, token);
+    return true;
   }
   // Comment text up to the first of `Stops`, with CR and NUL rewritten.
   template <char... Stops>
@@ -487,7 +539,8 @@ struct Tokenizer::State {
   bool EmitDoctype(Token& out, bool quirks) {
     if (quirks) force_quirks = true;
     state = S::kData;
-    Token token;
+    Token& token = Target(out);
+    token = Token();
     token.type = TokenType::kDoctype;
     token.data = doctype_name;
     token.has_name = has_name;
@@ -498,7 +551,7 @@ struct Tokenizer::State {
     token.force_quirks = force_quirks;
     token.begin = token_begin;
     token.end = pos;
-    return Emit(out, token);
+    return true;
   }
   const std::string_view input;
   const char* const in;
@@ -527,7 +580,8 @@ struct Tokenizer::State {
   // The tag being gathered.
   uint32_t token_begin = 0;
   bool tag_is_end = false;
-  std::string tag_name;
+  Piece tag_name;  // lower case, in the input or tag_name_buffer
+  std::string tag_name_buffer;
   uint32_t tag_hash;
   bool self_closing = false;
   std::vector<AttributeRecord> attributes;
@@ -638,22 +692,19 @@ bool Tokenizer::State::Run(Token& out) {
       }
       case S::kTagName: {
         for (;;) {
+          tag_hash = ReadName<false, true>(tag_name, tag_name_buffer, tag_hash);
           if (pos >= size) return EmitEof(out);
           const char c = in[pos++];
-          if (IsSpace(c)) {
-            state = S::kBeforeAttributeName;
-            break;
-          }
+          if (c == '>') return EmitTag(out);
           if (c == '/') {
             state = S::kSelfClosingStartTag;
             break;
           }
-          if (c == '>') return EmitTag(out);
-          if (c == '\0') {
-            AppendTagNameBytes(kReplacement, 3);
-          } else {
-            AppendTagName(c);
+          if (c != '\0') {
+            state = S::kBeforeAttributeName;
+            break;
           }
+          AppendReplacementToTagName();
         }
         break;
       }
@@ -693,7 +744,9 @@ bool Tokenizer::State::Run(Token& out) {
         for (;;) {
           const int c = pos < size ? static_cast<unsigned char>(in[pos]) : kEofChar;
           if (IsAlpha(c)) {
-            AppendTagName(static_cast<char>(c));
+            const char lower = Lower(static_cast<char>(c));
+            AppendBytes(tag_name, tag_name_buffer, &lower, 1);
+            tag_hash = TagHashStep(tag_hash, static_cast<unsigned char>(lower));
             ++pos;
             continue;
           }
@@ -808,7 +861,7 @@ bool Tokenizer::State::Run(Token& out) {
         } else {
           StartAttribute();
           if (c == '=') {
-            AppendAttributeName('=');
+            AppendInput(current.name, attribute_names, last, pos);
           } else {
             Reconsume();
           }
@@ -818,28 +871,20 @@ bool Tokenizer::State::Run(Token& out) {
       }
       case S::kAttributeName: {
         for (;;) {
-          if (pos >= size) {
-            EndAttributeName();
-            state = S::kAfterAttributeName;
-            break;
+          ReadName<true, false>(current.name, attribute_names, 0);
+          if (pos < size && in[pos] == '\0') {
+            ++pos;
+            AppendBytes(current.name, attribute_names, kReplacement, 3);
+            continue;
           }
-          const char c = in[pos];
-          if (IsSpace(c) || c == '/' || c == '>') {
-            EndAttributeName();
-            state = S::kAfterAttributeName;
-            break;
-          }
-          ++pos;
-          if (c == '=') {
-            EndAttributeName();
+          EndAttributeName();
+          if (pos < size && in[pos] == '=') {
+            ++pos;
             state = S::kBeforeAttributeValue;
-            break;
-          }
-          if (c == '\0') {
-            for (const char byte : std::string_view(kReplacement, 3)) AppendAttributeName(byte);
           } else {
-            AppendAttributeName(c);
+            state = S::kAfterAttributeName;
           }
+          break;
         }
         break;
       }
