@@ -3,6 +3,7 @@
 #include <array>
 
 #include "html/tag_hash.h"
+#include "html/text_scan.h"
 
 namespace OrvelParser {
 namespace {
@@ -62,7 +63,11 @@ uint32_t TagHashSeed() noexcept { return kTable.seed; }
 
 TagId LookupTagHashed(std::string_view name, uint32_t hash) noexcept {
   const uint8_t id = kTable.ids[Slot(hash)];
-  return id != 0 && kNames[id] == name ? static_cast<TagId>(id) : TagId::kTagUnknown;
+  const std::string_view known = kNames[id];
+  return id != 0 && SameShortText(known.data(), static_cast<uint32_t>(known.size()), name.data(),
+                                  static_cast<uint32_t>(name.size()))
+             ? static_cast<TagId>(id)
+             : TagId::kTagUnknown;
 }
 
 TagId LookupTag(std::string_view name) noexcept {

@@ -357,6 +357,10 @@ struct Tokenizer::State {
     if (dedup_active) InsertDedup(static_cast<uint32_t>(attributes.size() - 1));
   }
 
+  bool SameName(const Piece& a, const Piece& b) const {
+    const std::string_view x = View(a, attribute_names), y = View(b, attribute_names);
+    return SameShortText(x.data(), static_cast<uint32_t>(x.size()), y.data(), static_cast<uint32_t>(y.size()));
+  }
   std::string_view AttributeName(const AttributeRecord& record) const {
     return View(record.name, attribute_names);
   }
@@ -369,7 +373,7 @@ struct Tokenizer::State {
     const std::string_view name = AttributeName(current);
     if (!dedup_active) {
       for (const AttributeRecord& record : attributes)
-        if (AttributeName(record) == name) return true;
+        if (SameName(record.name, current.name)) return true;
       if (attributes.size() >= kLinearDedupLimit) {
         // Sized for this tag (a table grown by an earlier tag is shrunk, so
         // that clearing costs what this tag has).
@@ -389,7 +393,7 @@ struct Tokenizer::State {
       const uint32_t entry = dedup_slots[slot];
       if (entry == 0) return false;
       const AttributeRecord& record = attributes[entry - 1];
-      if (record.hash == current.hash && AttributeName(record) == name) return true;
+      if (record.hash == current.hash && SameName(record.name, current.name)) return true;
     }
   }
   static uint32_t HashName(std::string_view name) {
