@@ -15,6 +15,7 @@
 #include <span>
 #include <string_view>
 
+#include "html/attribute_id.h"
 #include "html/tag_id.h"
 
 namespace OrvelParser {
@@ -37,6 +38,7 @@ enum class TokenType : uint8_t {
 struct TokenAttribute {
   std::string_view name;   // lower-case as the tokenizer lowered it; never empty
   std::string_view value;  // character references decoded, NUL as U+FFFD
+  AttributeId id = AttributeId::kAttributeUnknown;  // the id of `name`
 };
 
 struct Token {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "html/char_ref.h"
-#include "html/tag_hash.h"
+#include "html/perfect_hash.h"
 #include "html/text_scan.h"
 
 namespace OrvelParser {
@@ -293,9 +293,9 @@ struct Tokenizer::State {
     piece.end = static_cast<uint32_t>(buffer.size());
   }
   // Reads name bytes from pos up to the first byte of class kNameStop (and
-  // kNameEquals when `stop_at_equals`), lowered into `name`. Returns the
-  // hash of the bytes read on top of `hash` when `hashed`.
-  template <bool kStopAtEquals, bool kHashed>
+  // kNameEquals for attribute names), lowered, into `name`. Returns `hash`
+  // stepped over the lowered bytes.
+  template <bool kStopAtEquals>
   uint32_t ReadName(Piece& name, std::string& buffer, uint32_t hash) {
     const uint32_t start = pos;
     bool upper = false;
@@ -304,7 +304,7 @@ struct Tokenizer::State {
       const NameByte kind = kNameBytes.classes[c];
       if (kind == kNameStop || (kStopAtEquals && kind == kNameEquals)) break;
       upper |= kind == kNameUpper;
-      if (kHashed) hash = TagHashStep(hash, static_cast<unsigned char>(c | (kind == kNameUpper ? 0x20 : 0)));
+      hash = NameHashStep(hash, static_cast<unsigned char>(c | (kind == kNameUpper ? 0x20 : 0)));
       ++pos;
     }
     if (pos == start) return hash;
@@ -315,17 +315,21 @@ struct Tokenizer::State {
     }
     return hash;
   }
+  static uint32_t HashReplacement(uint32_t hash) {
+    for (const char byte : std::string_view(kReplacement, 3)) hash = NameHashStep(hash, static_cast<unsigned char>(byte));
+    return hash;
+  }
   void AppendReplacementToTagName() {
     AppendBytes(tag_name, tag_name_buffer, kReplacement, 3);
-    for (const char byte : std::string_view(kReplacement, 3))
-      tag_hash = TagHashStep(tag_hash, static_cast<unsigned char>(byte));
+    tag_hash = HashReplacement(tag_hash);
   }
   std::string_view TagNameView() const { return View(tag_name, tag_name_buffer); }
   bool AppropriateEndTag() const { return !last_start_tag.empty() && TagNameView() == last_start_tag; }
 
   struct AttributeRecord {
     Piece name;     // in the input or attribute_names
-    uint32_t hash;  // of the name, set once the set of names is in use
+    uint32_t hash;  // of the name, from AttributeHashSeed
+    AttributeId id;
     Piece value;  // in the input or attribute_values
   };
 
@@ -334,13 +338,15 @@ struct Tokenizer::State {
     attribute_open = true;
     attribute_dropped = false;
     current.name = {};
-    current.hash = 0;
+    current.hash = AttributeHashSeed();
+    current.id = AttributeId::kAttributeUnknown;
     current.value = {};
   }
   // Leaving the attribute name state: a name the tag already has drops the
   // new attribute (its value is still read, then discarded).
   void EndAttributeName() {
     if (tag_is_end) return;  // an end tag's attributes are dropped anyway
+    current.id = LookupAttributeHashed(AttributeName(current), current.hash);
     if (IsDuplicate()) {
       attribute_dropped = true;
       if (current.name.buffered) attribute_names.resize(current.name.begin);
@@ -370,7 +376,6 @@ struct Tokenizer::State {
   // amortised constant time however many attributes one tag has.
   static constexpr size_t kLinearDedupLimit = 8;
   bool IsDuplicate() {
-    const std::string_view name = AttributeName(current);
     if (!dedup_active) {
       for (const AttributeRecord& record : attributes)
         if (SameName(record.name, current.name)) return true;
@@ -379,15 +384,10 @@ struct Tokenizer::State {
         // that clearing costs what this tag has).
         dedup_slots.assign(64, 0);
         dedup_active = true;
-        for (uint32_t i = 0; i < attributes.size(); ++i) {
-          attributes[i].hash = HashName(AttributeName(attributes[i]));
-          InsertDedup(i);
-        }
-        current.hash = HashName(name);
+        for (uint32_t i = 0; i < attributes.size(); ++i) InsertDedup(i);
       }
       return false;
     }
-    current.hash = HashName(name);
     const size_t mask = dedup_slots.size() - 1;
     for (size_t slot = DedupSlot(current.hash, mask);; slot = (slot + 1) & mask) {
       const uint32_t entry = dedup_slots[slot];
@@ -395,11 +395,6 @@ struct Tokenizer::State {
       const AttributeRecord& record = attributes[entry - 1];
       if (record.hash == current.hash && SameName(record.name, current.name)) return true;
     }
-  }
-  static uint32_t HashName(std::string_view name) {
-    uint32_t hash = 0x811C9DC5u;
-    for (const char c : name) hash = TagHashStep(hash, static_cast<unsigned char>(c));
-    return hash;
   }
   static size_t DedupSlot(uint32_t hash, size_t mask) { return (hash ^ (hash >> 15)) & mask; }
   void InsertDedup(uint32_t index) {
@@ -443,7 +438,7 @@ struct Tokenizer::State {
     } else {
       out_attributes.clear();
       for (const AttributeRecord& record : attributes)
-        out_attributes.push_back({AttributeName(record), View(record.value, attribute_values)});
+        out_attributes.push_back({AttributeName(record), View(record.value, attribute_values), record.id});
       token.attributes = out_attributes;
       last_start_tag.assign(token.data);
     }
@@ -696,7 +691,7 @@ bool Tokenizer::State::Run(Token& out) {
       }
       case S::kTagName: {
         for (;;) {
-          tag_hash = ReadName<false, true>(tag_name, tag_name_buffer, tag_hash);
+          tag_hash = ReadName<false>(tag_name, tag_name_buffer, tag_hash);
           if (pos >= size) return EmitEof(out);
           const char c = in[pos++];
           if (c == '>') return EmitTag(out);
@@ -750,7 +745,7 @@ bool Tokenizer::State::Run(Token& out) {
           if (IsAlpha(c)) {
             const char lower = Lower(static_cast<char>(c));
             AppendBytes(tag_name, tag_name_buffer, &lower, 1);
-            tag_hash = TagHashStep(tag_hash, static_cast<unsigned char>(lower));
+            tag_hash = NameHashStep(tag_hash, static_cast<unsigned char>(lower));
             ++pos;
             continue;
           }
@@ -866,6 +861,7 @@ bool Tokenizer::State::Run(Token& out) {
           StartAttribute();
           if (c == '=') {
             AppendInput(current.name, attribute_names, last, pos);
+            current.hash = NameHashStep(current.hash, '=');
           } else {
             Reconsume();
           }
@@ -875,10 +871,11 @@ bool Tokenizer::State::Run(Token& out) {
       }
       case S::kAttributeName: {
         for (;;) {
-          ReadName<true, false>(current.name, attribute_names, 0);
+          current.hash = ReadName<true>(current.name, attribute_names, current.hash);
           if (pos < size && in[pos] == '\0') {
             ++pos;
             AppendBytes(current.name, attribute_names, kReplacement, 3);
+            current.hash = HashReplacement(current.hash);
             continue;
           }
           EndAttributeName();

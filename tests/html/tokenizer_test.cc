@@ -71,6 +71,25 @@ TEST(TokenizerTest, TagIdsOfEveryKnownName) {
   EXPECT_EQ(LookupTag(""), TagId::kTagUnknown);
 }
 
+TEST(TokenizerTest, AttributeIdsOfEveryKnownName) {
+  for (int id = 1; id < static_cast<int>(AttributeId::kAttributeCount); ++id) {
+    const auto attribute = static_cast<AttributeId>(id);
+    std::string upper(AttributeName(attribute));
+    for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    EXPECT_EQ(LookupAttribute(AttributeName(attribute)), attribute);
+    const std::string input = "<p x=1 " + upper + "=v " + upper + "=w>";
+    Tokenizer tokenizer(input);
+    Token token;
+    tokenizer.Next(token);
+    ASSERT_EQ(token.attributes.size(), 2u) << upper;
+    EXPECT_EQ(token.attributes[0].id, AttributeId::kAttributeUnknown);
+    EXPECT_EQ(token.attributes[1].id, attribute) << upper;
+    EXPECT_EQ(token.attributes[1].value, "v");
+  }
+  EXPECT_EQ(LookupAttribute("Class"), AttributeId::kAttributeUnknown);
+  EXPECT_EQ(LookupAttribute("aria"), AttributeId::kAttributeUnknown);
+}
+
 // A million attributes on one tag, all distinct or all the same name: both
 // finish (linear), and only the first of each name is kept.
 TEST(TokenizerTest, MillionAttributesOnOneTag) {
