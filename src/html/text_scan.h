@@ -16,7 +16,18 @@
 namespace OrvelParser {
 
 // The offset of the first byte in [pos, size) of `text` equal to one of
-// `Stops`; `size` when there is none.
+// `Stops`; `size` when there is none. A byte at a time: the portable path,
+// and the tail of ScanUntil.
+template <char... Stops>
+inline uint32_t ScanUntilBytewise(const char* text, uint32_t pos, uint32_t size) noexcept {
+  for (; pos < size; ++pos) {
+    const char c = text[pos];
+    if (((c == Stops) || ...)) return pos;
+  }
+  return size;
+}
+
+// The same, 16 bytes at a time where SSE2 is there.
 template <char... Stops>
 inline uint32_t ScanUntil(const char* text, uint32_t pos, uint32_t size) noexcept {
 #if defined(__SSE2__)
@@ -29,11 +40,7 @@ inline uint32_t ScanUntil(const char* text, uint32_t pos, uint32_t size) noexcep
     pos += 16;
   }
 #endif
-  for (; pos < size; ++pos) {
-    const char c = text[pos];
-    if (((c == Stops) || ...)) return pos;
-  }
-  return size;
+  return ScanUntilBytewise<Stops...>(text, pos, size);
 }
 
 // Whether `a` and `b` hold the same bytes: for the short names of tags and

@@ -39,6 +39,10 @@ struct TokenAttribute {
   std::string_view name;   // lower-case as the tokenizer lowered it; never empty
   std::string_view value;  // character references decoded, NUL as U+FFFD
   AttributeId id = AttributeId::kAttributeUnknown;  // the id of `name`
+  // True when `name` (`value`) views the tokenizer's input, and so stays
+  // valid as long as the input does (see Token::data_in_input).
+  bool name_in_input = false;
+  bool value_in_input = false;
 };
 
 struct Token {

@@ -426,7 +426,7 @@ struct Tokenizer::State {
     Token& token = Target(out);
     token.type = tag_is_end ? TokenType::kEndTag : TokenType::kStartTag;
     token.data = TagNameView();
-    token.data_in_input = false;
+    token.data_in_input = !tag_name.buffered;
     token.tag = LookupTagHashed(token.data, tag_hash);
     token.self_closing = self_closing;
     token.has_name = token.has_public_id = token.has_system_id = token.force_quirks = false;
@@ -438,7 +438,8 @@ struct Tokenizer::State {
     } else {
       out_attributes.clear();
       for (const AttributeRecord& record : attributes)
-        out_attributes.push_back({AttributeName(record), View(record.value, attribute_values), record.id});
+        out_attributes.push_back({AttributeName(record), View(record.value, attribute_values), record.id,
+                                  !record.name.buffered, !record.value.buffered});
       token.attributes = out_attributes;
       last_start_tag.assign(token.data);
     }

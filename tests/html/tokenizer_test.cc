@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "html/text_scan.h"
 #include "html/tokenizer.h"
 
 namespace OrvelParser {
@@ -37,11 +38,11 @@ TEST(TokenizerTest, OffsetsAndInputViews) {
   const std::vector<Seen> tokens = All(input);
   const std::vector<Seen> expected = {
       {TokenType::kCharacters, "ab", true, 0, 2, TagId::kTagUnknown},
-      {TokenType::kStartTag, "p", false, 2, 13, TagId::k_p},
+      {TokenType::kStartTag, "p", false, 2, 13, TagId::k_p},  // "P" lowered
       {TokenType::kCharacters, "c&d\ne", false, 13, 23, TagId::kTagUnknown},
       {TokenType::kComment, "x", true, 23, 31, TagId::kTagUnknown},
       {TokenType::kCharacters, "f", true, 31, 32, TagId::kTagUnknown},
-      {TokenType::kEndTag, "p", false, 32, 36, TagId::k_p},
+      {TokenType::kEndTag, "p", true, 32, 36, TagId::k_p},
       {TokenType::kEndOfFile, "", false, 36, 36, TagId::kTagUnknown},
   };
   ASSERT_EQ(tokens.size(), expected.size());
@@ -86,8 +87,35 @@ TEST(TokenizerTest, AttributeIdsOfEveryKnownName) {
     EXPECT_EQ(token.attributes[1].id, attribute) << upper;
     EXPECT_EQ(token.attributes[1].value, "v");
   }
+  {
+    const std::string input = "<a HREF='x&amp;' class=y>";
+    Tokenizer tokenizer(input);
+    Token token;
+    tokenizer.Next(token);
+    ASSERT_EQ(token.attributes.size(), 2u);
+    EXPECT_FALSE(token.attributes[0].name_in_input);
+    EXPECT_FALSE(token.attributes[0].value_in_input);
+    EXPECT_TRUE(token.attributes[1].name_in_input);
+    EXPECT_TRUE(token.attributes[1].value_in_input);
+    EXPECT_EQ(token.attributes[1].value.data(), input.data() + 23);
+  }
   EXPECT_EQ(LookupAttribute("Class"), AttributeId::kAttributeUnknown);
   EXPECT_EQ(LookupAttribute("aria"), AttributeId::kAttributeUnknown);
+}
+
+// The block scan finds what the byte scan finds, at every offset of a
+// block and in the tail.
+TEST(TokenizerTest, BlockScanMatchesByteScan) {
+  std::string text(80, 'a');
+  for (uint32_t stop_at = 0; stop_at <= text.size(); ++stop_at) {
+    std::string probe = text;
+    if (stop_at < probe.size()) probe[stop_at] = (stop_at % 3 == 0) ? '<' : (stop_at % 3 == 1 ? '&' : '\0');
+    probe[0] = '\xff';  // a byte with the high bit set is no stop
+    for (uint32_t from = 0; from < 20; ++from) {
+      EXPECT_EQ((ScanUntil<'<', '&', '\0'>(probe.data(), from, static_cast<uint32_t>(probe.size()))),
+                (ScanUntilBytewise<'<', '&', '\0'>(probe.data(), from, static_cast<uint32_t>(probe.size()))));
+    }
+  }
 }
 
 // A million attributes on one tag, all distinct or all the same name: both
