@@ -206,15 +206,15 @@ struct Tokenizer::State {
     AppendBytes(run, run_buffer, bytes, count);
     run_source_end = to;
   }
-  // Emits the character at pos as text of a non-data state: CR LF and CR
-  // as LF, NUL as U+FFFD (or as itself when `keep_nul`).
-  void RunCurrent(bool keep_nul = false) {
+  // Emits the character at pos as text of a state other than data and
+  // CDATA: CR LF and CR as LF, NUL as U+FFFD.
+  void RunCurrent() {
     const uint32_t from = pos;
     const char c = in[pos];
     if (c == '\r') {
       Consume();
       RunBytes(from, pos, "\n", 1);
-    } else if (c == '\0' && !keep_nul) {
+    } else if (c == '\0') {
       ++pos;
       RunBytes(from, pos, kReplacement, 3);
     } else {
@@ -222,9 +222,9 @@ struct Tokenizer::State {
       RunInput(from, pos);
     }
   }
-  // Text up to the first of the given bytes (copied as is), then that byte
-  // handled by RunCurrent when it is CR or NUL. Returns the position of the
-  // stop byte left unconsumed, or size.
+  // Emits text up to the first of `Stops` or the end of the input, which
+  // pos is left at; CR and NUL on the way as RunCurrent does (NUL as itself
+  // when `keep_nul`).
   template <char... Stops>
   void RunTextUntil(bool keep_nul = false) {
     for (;;) {
