@@ -500,6 +500,12 @@ struct Tokenizer::State {
     token.end = pos;
     return true;
   }
+  // Hands out the comment that the input ends in; the end of file follows.
+  bool EndInComment(Token& out) {
+    EmitComment(out);
+    state = S::kEof;
+    return true;
+  }
   // Comment text up to the first of `Stops`, with CR and NUL rewritten.
   template <char... Stops>
   void CommentTextUntil() {
@@ -518,6 +524,13 @@ struct Tokenizer::State {
         return;
       }
     }
+  }
+
+  // Hands out the doctype that the input ends in; the end of file follows.
+  bool EndInDoctype(Token& out, bool quirks) {
+    EmitDoctype(out, quirks);
+    state = S::kEof;
+    return true;
   }
 
   // --- doctype -------------------------------------------------------------
@@ -988,11 +1001,7 @@ bool Tokenizer::State::Run(Token& out) {
 
       case S::kBogusComment: {
         CommentTextUntil<'>'>();
-        if (pos >= size) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
-        }
+        if (pos >= size) return EndInComment(out);
         ++pos;
         return EmitComment(out);
       }
@@ -1022,9 +1031,7 @@ bool Tokenizer::State::Run(Token& out) {
         } else if (c == '>') {
           return EmitComment(out);
         } else if (c == kEofChar && dash) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
+          return EndInComment(out);
         } else {
           Reconsume();
           if (dash) CommentChar('-');
@@ -1034,11 +1041,7 @@ bool Tokenizer::State::Run(Token& out) {
       }
       case S::kComment: {
         CommentTextUntil<'<', '-'>();
-        if (pos >= size) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
-        }
+        if (pos >= size) return EndInComment(out);
         if (in[pos] == '<') {
           CommentChar('<');
           state = S::kCommentLessThan;
@@ -1081,9 +1084,7 @@ bool Tokenizer::State::Run(Token& out) {
         if (c == '-') {
           state = S::kCommentEnd;
         } else if (c == kEofChar) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
+          return EndInComment(out);
         } else {
           Reconsume();
           CommentChar('-');
@@ -1099,9 +1100,7 @@ bool Tokenizer::State::Run(Token& out) {
         } else if (c == '-') {
           CommentChar('-');
         } else if (c == kEofChar) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
+          return EndInComment(out);
         } else {
           Reconsume();
           CommentChar('-');
@@ -1113,11 +1112,7 @@ bool Tokenizer::State::Run(Token& out) {
       case S::kCommentEndBang: {
         const int c = Consume();
         if (c == '>') return EmitComment(out);
-        if (c == kEofChar) {
-          EmitComment(out);
-          state = S::kEof;
-          return true;
-        }
+        if (c == kEofChar) return EndInComment(out);
         CommentChar('-');
         CommentChar('-');
         CommentChar('!');
@@ -1133,11 +1128,7 @@ bool Tokenizer::State::Run(Token& out) {
       case S::kDoctype: {
         StartDoctype();
         const int c = Consume();
-        if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
-        }
+        if (c == kEofChar) return EndInDoctype(out, true);
         if (!IsSpace(c)) Reconsume();
         state = S::kBeforeDoctypeName;
         break;
@@ -1147,11 +1138,7 @@ bool Tokenizer::State::Run(Token& out) {
         do c = Consume();
         while (IsSpace(c));
         if (c == '>') return EmitDoctype(out, true);
-        if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
-        }
+        if (c == kEofChar) return EndInDoctype(out, true);
         has_name = true;
         AppendDoctypeChar(doctype_name, c, true);
         state = S::kDoctypeName;
@@ -1165,11 +1152,7 @@ bool Tokenizer::State::Run(Token& out) {
             break;
           }
           if (c == '>') return EmitDoctype(out, false);
-          if (c == kEofChar) {
-            EmitDoctype(out, true);
-            state = S::kEof;
-            return true;
-          }
+          if (c == kEofChar) return EndInDoctype(out, true);
           AppendDoctypeChar(doctype_name, c, true);
         }
         break;
@@ -1179,11 +1162,7 @@ bool Tokenizer::State::Run(Token& out) {
         do c = Consume();
         while (IsSpace(c));
         if (c == '>') return EmitDoctype(out, false);
-        if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
-        }
+        if (c == kEofChar) return EndInDoctype(out, true);
         Reconsume();
         if (MatchesFolded(input, pos, "public")) {
           pos += 6;
@@ -1220,9 +1199,7 @@ bool Tokenizer::State::Run(Token& out) {
         } else if (c == '>') {
           return EmitDoctype(out, true);
         } else if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
+          return EndInDoctype(out, true);
         } else {
           Reconsume();
           force_quirks = true;
@@ -1245,11 +1222,7 @@ bool Tokenizer::State::Run(Token& out) {
             break;
           }
           if (c == '>') return EmitDoctype(out, true);
-          if (c == kEofChar) {
-            EmitDoctype(out, true);
-            state = S::kEof;
-            return true;
-          }
+          if (c == kEofChar) return EndInDoctype(out, true);
           AppendDoctypeChar(text, c, false);
         }
         break;
@@ -1267,9 +1240,7 @@ bool Tokenizer::State::Run(Token& out) {
           has_system_id = true;
           state = c == '"' ? S::kDoctypeSystemIdDoubleQuoted : S::kDoctypeSystemIdSingleQuoted;
         } else if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
+          return EndInDoctype(out, true);
         } else {
           Reconsume();
           force_quirks = true;
@@ -1282,11 +1253,7 @@ bool Tokenizer::State::Run(Token& out) {
         do c = Consume();
         while (IsSpace(c));
         if (c == '>') return EmitDoctype(out, false);
-        if (c == kEofChar) {
-          EmitDoctype(out, true);
-          state = S::kEof;
-          return true;
-        }
+        if (c == kEofChar) return EndInDoctype(out, true);
         Reconsume();
         state = S::kBogusDoctype;
         break;
@@ -1295,9 +1262,7 @@ bool Tokenizer::State::Run(Token& out) {
         const uint32_t stop = ScanUntil<'>'>(in, pos, size);
         if (stop >= size) {
           pos = size;
-          EmitDoctype(out, false);
-          state = S::kEof;
-          return true;
+          return EndInDoctype(out, false);
         }
         pos = stop + 1;
         return EmitDoctype(out, false);
