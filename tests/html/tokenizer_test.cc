@@ -2,6 +2,7 @@
 // input, tag ids, and linear cost on hostile inputs.
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -115,6 +116,44 @@ TEST(TokenizerTest, BlockScanMatchesByteScan) {
       EXPECT_EQ((ScanUntil<'<', '&', '\0'>(probe.data(), from, static_cast<uint32_t>(probe.size()))),
                 (ScanUntilBytewise<'<', '&', '\0'>(probe.data(), from, static_cast<uint32_t>(probe.size()))));
     }
+  }
+}
+
+bool Within(std::string_view view, std::string_view input) {
+  return view.data() >= input.data() && view.data() + view.size() <= input.data() + input.size();
+}
+
+// Random inputs made of the bytes that steer the states, in every initial
+// state: tokens come in source order within the input, what claims to
+// view the input does, and the end of file is reached.
+TEST(TokenizerTest, RandomInputsKeepTokenInvariants) {
+  static constexpr std::string_view kAlphabet = "<>/!-?=&#;x'\"\r\n\t\0 aAS[]CDTscript";
+  std::mt19937 random(12);
+  for (int round = 0; round < 20000; ++round) {
+    std::string input(random() % 48, ' ');
+    for (char& c : input) c = kAlphabet[random() % kAlphabet.size()];
+    Tokenizer tokenizer(input);
+    tokenizer.SetState(static_cast<TokenizerState>(round % 6));
+    tokenizer.SetCdataAllowed(round % 4 == 0);
+    tokenizer.SetLastStartTag("script");
+    uint32_t previous_end = 0;
+    Token token;
+    int count = 0;
+    do {
+      tokenizer.Next(token);
+      ASSERT_LE(++count, 200) << input;
+      EXPECT_LE(previous_end, token.begin) << input;
+      EXPECT_LE(token.begin, token.end) << input;
+      EXPECT_LE(token.end, input.size()) << input;
+      previous_end = token.end;
+      EXPECT_TRUE(!token.data_in_input || Within(token.data, input)) << input;
+      for (const TokenAttribute& attribute : token.attributes) {
+        EXPECT_FALSE(attribute.name.empty()) << input;
+        EXPECT_TRUE(!attribute.name_in_input || Within(attribute.name, input)) << input;
+        EXPECT_TRUE(!attribute.value_in_input || Within(attribute.value, input)) << input;
+      }
+    } while (token.type != TokenType::kEndOfFile);
+    EXPECT_EQ(token.begin, input.size());
   }
 }
 
