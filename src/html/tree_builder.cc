@@ -31,8 +31,6 @@ enum class Mode : uint8_t {
   kInTableBody,
   kInRow,
   kInCell,
-  kInSelect,
-  kInSelectInTable,
   kInTemplate,
   kAfterBody,
   kInFrameset,
@@ -106,7 +104,7 @@ bool EqualsIgnoreCase(std::string_view a, std::string_view b) {
   return true;
 }
 
-enum class Scope : uint8_t { kDefault, kListItem, kButton, kTable, kSelect };
+enum class Scope : uint8_t { kDefault, kListItem, kButton, kTable };
 
 class Builder {
  public:
@@ -223,7 +221,6 @@ class Builder {
   }
 
   bool IsScopeBoundary(const Element* e, Scope scope) const {
-    if (scope == Scope::kSelect) return !(e->Is(k_optgroup) || e->Is(k_option));
     if (e->IsHtml()) {
       switch (scope) {
         case Scope::kTable:
@@ -668,18 +665,6 @@ class Builder {
       if (last && context_ != nullptr) node = context_;
       if (node->IsHtml()) {
         switch (node->tag) {
-          case k_select:
-            if (!last) {
-              for (size_t j = i; j-- > 0;) {
-                if (stack_[j]->Is(k_template)) break;
-                if (stack_[j]->Is(k_table)) {
-                  mode_ = Mode::kInSelectInTable;
-                  return;
-                }
-              }
-            }
-            mode_ = Mode::kInSelect;
-            return;
           case k_td:
           case k_th:
             if (!last) {
@@ -741,6 +726,10 @@ class Builder {
     context_->tag = LookupTag(context);
     context_->owned_name.assign(ns == Namespace::kSvg ? AdjustSvgTagName(context) : context);
     context_->name = context_->owned_name;
+    if (ns == Namespace::kSvg) {
+      context_->html_integration_point =
+          context_->tag == k_foreignobject || context_->tag == k_desc || context_->tag == k_title;
+    }
     Element* html = CreateElement(k_html, "html", Namespace::kHtml, {}, 0, 0);
     InsertAt(html, {nullptr, nullptr});
     Push(html);
@@ -770,7 +759,6 @@ class Builder {
         default:
           break;
       }
-      tokenizer_.SetLastStartTag(context);
     }
     ResetInsertionMode();
     if (context_->Is(k_form)) {
@@ -864,8 +852,6 @@ class Builder {
       case Mode::kInTableBody: return InTableBody(t);
       case Mode::kInRow: return InRow(t);
       case Mode::kInCell: return InCell(t);
-      case Mode::kInSelect: return InSelect(t);
-      case Mode::kInSelectInTable: return InSelectInTable(t);
       case Mode::kInTemplate: return InTemplate(t);
       case Mode::kAfterBody: return AfterBody(t);
       case Mode::kInFrameset: return InFrameset(t);
@@ -965,10 +951,6 @@ class Builder {
         mode_ = Mode::kInTable;
         return text;
       }
-      case Mode::kInSelect:
-      case Mode::kInSelectInTable:
-        InsertText(WithoutNuls(text));
-        return {};
       case Mode::kAfterBody:
       case Mode::kAfterAfterBody: {
         const size_t n = SpacePrefix(text.chars);
@@ -1043,8 +1025,11 @@ class Builder {
       }
       text = {scratch_text_, text.begin, text.end, false};
     }
+    // U+FFFD stands for NULs here, which do not count as text for frameset-ok.
+    if (!AllSpace(text.chars) && text.chars.find_first_not_of(" \t\n\f\r\xEF\xBF\xBD") != std::string_view::npos) {
+      frameset_ok_ = false;
+    }
     InsertText(text);
-    if (!AllSpace(text.chars)) frameset_ok_ = false;
     return {};
   }
 
@@ -1451,7 +1436,7 @@ class Builder {
           if (e == nullptr) break;
           if (e->Is(k_a)) {
             Ref(e);
-            AdoptionAgency(k_a, 0);
+            if (!AdoptionAgency(k_a, 0)) AnyOtherEndTag(k_a, "a", 0);
             RemoveFromFormatting(e);
             if (e->on_stack) RemoveFromStack(e);
             Unref(e);
@@ -1480,7 +1465,7 @@ class Builder {
       case k_nobr:
         ReconstructFormatting(t.begin);
         if (InScope(k_nobr)) {
-          AdoptionAgency(k_nobr, 0);
+          if (!AdoptionAgency(k_nobr, 0)) AnyOtherEndTag(k_nobr, "nobr", 0);
           ReconstructFormatting(t.begin);
         }
         PushFormattingElement(t);
@@ -1510,6 +1495,7 @@ class Builder {
         frameset_ok_ = false;
         return false;
       case k_input:
+        if (InScope(k_select)) PopUntil(k_select);
         ReconstructFormatting(t.begin);
         InsertVoid(t);
         if (!IsHiddenInput()) frameset_ok_ = false;
@@ -1521,6 +1507,7 @@ class Builder {
         return false;
       case k_hr:
         ClosePIfInButtonScope();
+        if (InScope(k_select)) GenerateImpliedEndTags();
         InsertVoid(t);
         frameset_ok_ = false;
         return false;
@@ -1554,17 +1541,23 @@ class Builder {
         }
         break;
       case k_select:
+        // A select does not nest: a second one closes the first.
+        if (context_ != nullptr && context_->Is(k_select)) return false;
+        if (InScope(k_select)) {
+          PopUntil(k_select);
+          return false;
+        }
         ReconstructFormatting(t.begin);
         InsertHtml(t);
         frameset_ok_ = false;
-        mode_ = (mode_ == Mode::kInTable || mode_ == Mode::kInCaption || mode_ == Mode::kInTableBody ||
-                 mode_ == Mode::kInRow || mode_ == Mode::kInCell)
-                    ? Mode::kInSelectInTable
-                    : Mode::kInSelect;
         return false;
-      case k_optgroup:
       case k_option:
-        if (CurrentIs(k_option)) Pop();
+      case k_optgroup:
+        if (InScope(k_select)) {
+          GenerateImpliedEndTags(t.tag == k_option ? k_optgroup : kTagUnknown);
+        } else if (CurrentIs(k_option)) {
+          Pop();
+        }
         ReconstructFormatting(t.begin);
         InsertHtml(t);
         return false;
@@ -1657,6 +1650,7 @@ class Builder {
       case k_pre:
       case k_search:
       case k_section:
+      case k_select:
       case k_summary:
       case k_ul:
         if (!InScope(t.tag)) return false;
@@ -1738,19 +1732,24 @@ class Builder {
       default:
         break;
     }
-    // Any other end tag.
+    AnyOtherEndTag(t.tag, t.data, t.end);
+    return false;
+  }
+
+  // An end tag with no rule of its own closes the innermost element of its
+  // name, unless a special element comes first.
+  void AnyOtherEndTag(TagId tag, std::string_view name, uint32_t end_tag_end) {
     for (size_t i = stack_.size(); i-- > 0;) {
       Element* node = stack_[i];
-      if (node->IsHtml() && (t.tag != kTagUnknown ? node->tag == t.tag : node->name == t.data)) {
+      if (node->IsHtml() && (tag != kTagUnknown ? node->tag == tag : node->name == name)) {
         GenerateImpliedEndTags(node->tag);
-        sink_.SetEndTag(node->node, t.end);
+        if (end_tag_end != 0) sink_.SetEndTag(node->node, end_tag_end);
         while (Current() != node) Pop();
         Pop();
-        return false;
+        return;
       }
-      if (IsSpecial(node)) return false;
+      if (IsSpecial(node)) return;
     }
-    return false;
   }
 
   bool InText(Token& t) {
@@ -2054,98 +2053,6 @@ class Builder {
       return true;
     }
     return InBody(t);
-  }
-
-  bool InSelect(Token& t) {
-    switch (t.type) {
-      case TokenType::kComment:
-        InsertComment(t);
-        return false;
-      case TokenType::kDoctype:
-        return false;
-      case TokenType::kStartTag:
-        switch (t.tag) {
-          case k_html:
-            return InBody(t);
-          case k_option:
-            if (CurrentIs(k_option)) Pop();
-            InsertHtml(t);
-            return false;
-          case k_optgroup:
-            if (CurrentIs(k_option)) Pop();
-            if (CurrentIs(k_optgroup)) Pop();
-            InsertHtml(t);
-            return false;
-          case k_hr:
-            if (CurrentIs(k_option)) Pop();
-            if (CurrentIs(k_optgroup)) Pop();
-            InsertVoid(t);
-            return false;
-          case k_select:
-            if (!InScope(k_select, Scope::kSelect)) return false;
-            PopUntil(k_select);
-            ResetInsertionMode();
-            return false;
-          case k_input:
-          case k_keygen:
-          case k_textarea:
-            if (!InScope(k_select, Scope::kSelect)) return false;
-            PopUntil(k_select);
-            ResetInsertionMode();
-            return true;
-          case k_script:
-          case k_template:
-            return InHead(t);
-          default:
-            return false;
-        }
-      case TokenType::kEndTag:
-        switch (t.tag) {
-          case k_optgroup:
-            if (CurrentIs(k_option) && stack_.size() >= 2 && stack_[stack_.size() - 2]->Is(k_optgroup)) Pop();
-            if (CurrentIs(k_optgroup)) {
-              sink_.SetEndTag(Current()->node, t.end);
-              Pop();
-            }
-            return false;
-          case k_option:
-            if (CurrentIs(k_option)) {
-              sink_.SetEndTag(Current()->node, t.end);
-              Pop();
-            }
-            return false;
-          case k_select:
-            if (!InScope(k_select, Scope::kSelect)) return false;
-            PopUntil(k_select, t.end);
-            ResetInsertionMode();
-            return false;
-          case k_template:
-            return InHead(t);
-          default:
-            return false;
-        }
-      case TokenType::kEndOfFile:
-        return InBody(t);
-      default:
-        return false;
-    }
-  }
-
-  bool InSelectInTable(Token& t) {
-    const bool table_tag = t.tag == k_caption || t.tag == k_table || t.tag == k_tbody || t.tag == k_tfoot ||
-                           t.tag == k_thead || t.tag == k_tr || t.tag == k_td || t.tag == k_th;
-    if (t.type == TokenType::kStartTag && table_tag) {
-      PopUntil(k_select);
-      ResetInsertionMode();
-      return true;
-    }
-    if (t.type == TokenType::kEndTag && table_tag) {
-      if (!InScope(t.tag, Scope::kTable)) return false;
-      PopUntil(k_select);
-      ResetInsertionMode();
-      return true;
-    }
-    return InSelect(t);
   }
 
   void SwitchTemplateMode(Mode mode) {

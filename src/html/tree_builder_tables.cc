@@ -21,7 +21,8 @@ class TagSet {
 };
 
 constexpr TagSet kHeadings{k_h1, k_h2, k_h3, k_h4, k_h5, k_h6};
-constexpr TagSet kDefaultScope{k_applet, k_caption, k_html, k_table, k_td, k_th, k_marquee, k_object, k_template};
+constexpr TagSet kDefaultScope{k_applet, k_caption, k_html,   k_table,    k_td,
+                               k_th,     k_marquee, k_object, k_template, k_select};
 constexpr TagSet kImpliedEndTags{k_dd, k_dt, k_li, k_optgroup, k_option, k_p, k_rb, k_rp, k_rt, k_rtc};
 constexpr TagSet kTableParts{k_caption, k_colgroup, k_tbody, k_td, k_tfoot, k_th, k_thead, k_tr};
 constexpr TagSet kSpecial{

@@ -14,7 +14,7 @@ namespace OrvelParser {
 // h1 to h6.
 bool IsHeading(TagId tag) noexcept;
 // HTML elements that bound every scope: applet, caption, html, table, td,
-// th, marquee, object, template.
+// th, marquee, object, template, select.
 bool IsDefaultScopeBoundary(TagId tag) noexcept;
 // Elements whose end tags are implied: dd, dt, li, optgroup, option, p, rb,
 // rp, rt, rtc.
