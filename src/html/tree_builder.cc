@@ -723,7 +723,9 @@ class Builder {
     context_ = NewRecord();
     Ref(context_);
     context_->ns = ns;
-    context_->tag = LookupTag(context);
+    std::string lower(context);
+    for (char& c : lower) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c;
+    context_->tag = LookupTag(lower);
     context_->owned_name.assign(ns == Namespace::kSvg ? AdjustSvgTagName(context) : context);
     context_->name = context_->owned_name;
     if (ns == Namespace::kSvg) {
@@ -1495,6 +1497,7 @@ class Builder {
         frameset_ok_ = false;
         return false;
       case k_input:
+        if (context_ != nullptr && context_->Is(k_select)) return false;
         if (InScope(k_select)) PopUntil(k_select);
         ReconstructFormatting(t.begin);
         InsertVoid(t);

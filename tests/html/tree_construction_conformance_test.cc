@@ -10,10 +10,14 @@
 // Cases left out, with the reason:
 //   - tree-construction/scripted/*: they need a script engine
 //     (document.write); the directory is not read.
-//   - Cases whose #data needs the parser to be re-entered by a script are in
-//     that directory only.
+// Cases run that are known to fail, with the reason:
+//   - webkit02.dat:692, 706, 732, 748 (<select><button><selectedcontent>
+//     ...<option>X): the expected tree has the selected option's content
+//     copied into <selectedcontent>, which a browser's DOM does when the
+//     option is inserted; it is not tree construction, and a sink that only
+//     records what the parser builds does not do it.
 // Every other case is run; the test fails when fewer than 99% pass and
-// prints the counts and the first failures.
+// prints the counts and the failures.
 #include <gtest/gtest.h>
 
 #include <algorithm>
