@@ -1,6 +1,5 @@
 #include "staged_extraction.h"
 
-#include <gumbo.h>
 #include <time.h>
 
 #include <memory>
@@ -10,8 +9,8 @@
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "charset/document_decoder.h"
-#include "html/gumbo_tree_converter.h"
-#include "html/html_nesting_limit.h"
+#include "html/html_tree_sink.h"
+#include "html/tree_builder.h"
 #include "zestra/api/beautify.h"
 #include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
@@ -53,25 +52,14 @@ class Laps {
   double last_;
 };
 
-// Gumbo's own parse and release of `utf8`, as the adapter calls it.
-void ParseWithGumboAlone(const std::string& utf8) {
-  if (utf8.empty()) return;
-  GumboOptions options = kGumboDefaultOptions;
-  options.max_errors = 0;
-  GumboOutput* output = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
-  if (output != nullptr) gumbo_destroy_output(&options, output);
-}
-
 }  // namespace
 
 const char* StageName(Stage stage) {
   switch (stage) {
     case kCharset:
       return "charset conversion";
-    case kGumbo:
-      return "HTML parsing (Gumbo)";
-    case kConversion:
-      return "depth limit, tree to nodes";
+    case kParse:
+      return "HTML parsing";
     case kLayout:
       return "layout tree building";
     case kRanking:
@@ -106,32 +94,13 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   const Orvel::CHARSET read_as = OrvelParser::DecodeDocument(in, charset, utf8);
   auto tree = std::make_unique<OrvelParser::HtmlDocTree>(charset);
   laps.To(kCharset);
-  OrvelParser::LimitNesting(utf8);
-  laps.To(kConversion);
-
-  // Gumbo alone on the same text, before the parse stage on every other
-  // extraction and after it on the rest, so that the warmer caches of the
-  // second run favour neither side; its time moves from our share of the
-  // stage to Gumbo's.
-  const bool gumbo_first = times.extractions % 2 == 0;
   ++times.extractions;
-  StageTimes gumbo_alone;
-  if (gumbo_first) {
-    Laps gumbo_lap(gumbo_alone);
-    ParseWithGumboAlone(utf8);
-    gumbo_lap.To(kGumbo);
-    laps.Skip();
+  if (!utf8.empty()) {
+    OrvelParser::HtmlTreeSink sink(ZestraNS::KeywordTable());
+    OrvelParser::TreeBuilder::Build(utf8, sink);
+    tree->Assign(sink.TakeTopLevel(), sink.NodeCount(), read_as);
   }
-  OrvelParser::GumboTreeConverter::Parse(utf8, ZestraNS::KeywordTable(), *tree, read_as);
-  laps.To(kConversion);
-  if (!gumbo_first) {
-    Laps gumbo_lap(gumbo_alone);
-    ParseWithGumboAlone(utf8);
-    gumbo_lap.To(kGumbo);
-    laps.Skip();
-  }
-  times.seconds[kGumbo] += gumbo_alone.seconds[kGumbo];
-  times.seconds[kConversion] -= gumbo_alone.seconds[kGumbo];
+  laps.To(kParse);
 
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;

@@ -158,8 +158,6 @@ int main(int argc, char** argv) {
     std::printf("%-26s %12.1f %7.1f%%\n", zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage)),
                 1e3 * seconds / options.passes, 100.0 * seconds / total);
   }
-  std::printf("%-26s %12.1f %7.1f%%\n", "ours (all but Gumbo)", 1e3 * times.Ours() / options.passes,
-              100.0 * times.Ours() / total);
 
   if (options.threads > 0) {
     std::printf("\nthreads  pages/s     MB/s  speed-up (%s, %d passes, wall-clock time)\n",
