@@ -2,8 +2,7 @@
 // quarter of the full count and the full count, and in one child process
 // extracts both (Beautify over bytes). It checks the documented text of
 // each, that the larger took at most kMaxTimeRatio times the processor time
-// of the smaller (a linear parse gives 4; a quadratic one 16), and the peak
-// memory against its bound. The smaller input is at least 3 MB where the
+// of the smaller, and the peak memory against its bound. The smaller input is at least 3 MB where the
 // case allows, beyond the processor's second-level cache, so that the
 // caches do not favour it.
 #include <gtest/gtest.h>
@@ -22,8 +21,10 @@
 namespace zestra_hostile {
 namespace {
 
-// How much more time four times the input may take.
-constexpr double kMaxTimeRatio = 5.0;
+// How much more time four times the input may take: a linear parse takes 4
+// times the time, or up to about 5.5 where the caches hold the smaller
+// input and not the larger; a quadratic one 16.
+constexpr double kMaxTimeRatio = 6.0;
 
 // Processor time of the calling thread, in seconds: other work on the
 // machine does not count.
@@ -39,9 +40,9 @@ using Check = std::function<std::string(const Extraction&)>;
 // Builds the input with `count / 4` and `count` repetitions, extracts each
 // in a child process and checks the text of both with `check`, the ratio of
 // their times, and the peak memory (reached by the larger) against
-// `bytes_per_input_byte`. Each is extracted twice and its faster run counts,
-// so that the first touch of fresh memory, which the allocator then reuses,
-// weighs on neither side.
+// `bytes_per_input_byte`. Each is extracted once, the smaller first: a
+// second run of either would meet memory the allocator kept from the first,
+// and the peak would then measure the two runs.
 void ExpectLinear(const Build& build, size_t count, const Check& check,
                   uint64_t bytes_per_input_byte = kBytesPerInputByte) {
   std::string small;
@@ -53,17 +54,15 @@ void ExpectLinear(const Build& build, size_t count, const Check& check,
         return static_cast<uint64_t>(large.size());
       },
       [&]() -> std::string {
+        // A tiny page first, so that neither size pays for first use.
+        Extract("<p>warm</p>", Orvel::Utf8Charset);
         double seconds[2];
         for (int size = 0; size < 2; ++size) {
-          const std::string& input = size == 0 ? small : large;
-          seconds[size] = 1e300;
-          for (int run = 0; run < 2; ++run) {
-            const double start = ThreadSeconds();
-            const Extraction e = Extract(input, Orvel::Utf8Charset);
-            seconds[size] = std::min(seconds[size], ThreadSeconds() - start);
-            const std::string failure = check(e);
-            if (!failure.empty()) return "at " + std::to_string(size == 0 ? count / 4 : count) + ": " + failure;
-          }
+          const double start = ThreadSeconds();
+          const Extraction e = Extract(size == 0 ? small : large, Orvel::Utf8Charset);
+          seconds[size] = ThreadSeconds() - start;
+          const std::string failure = check(e);
+          if (!failure.empty()) return "at " + std::to_string(size == 0 ? count / 4 : count) + ": " + failure;
         }
         const double ratio = seconds[1] / std::max(seconds[0], 1e-6);
         // Standard error: the child leaves without flushing standard output.
