@@ -62,7 +62,6 @@ void BM_StagedExtraction(benchmark::State& state, const char* input) {
     state.counters[zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage))] =
         times.seconds[stage] / total;
   }
-  state.counters["ours"] = times.Ours() / total;
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * zestra_bench::TotalBytes(pages)));
 }
 

@@ -1,6 +1,5 @@
 #include "staged_extraction.h"
 
-#include <gumbo.h>
 #include <time.h>
 
 #include <memory>
@@ -10,12 +9,11 @@
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "charset/document_decoder.h"
-#include "html/gumbo_tree_converter.h"
-#include "html/html_nesting_limit.h"
 #include "zestra/api/beautify.h"
 #include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
+#include "zestra/html/html_doc_parser.h"
 #include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 #include "zestra/charset/charset_conversion.h"
@@ -53,13 +51,12 @@ class Laps {
   double last_;
 };
 
-// Gumbo's own parse and release of `utf8`, as the adapter calls it.
-void ParseWithGumboAlone(const std::string& utf8) {
-  if (utf8.empty()) return;
-  GumboOptions options = kGumboDefaultOptions;
-  options.max_errors = 0;
-  GumboOutput* output = gumbo_parse_with_options(&options, utf8.data(), utf8.size());
-  if (output != nullptr) gumbo_destroy_output(&options, output);
+// Reads `utf8` as HtmlDocParser reads its input when told it is UTF-8: the
+// pass that the parse stage makes beyond Beautify's.
+void ReadUtf8Again(const std::string& utf8) {
+  MemoryBuffer in(utf8.data(), static_cast<unsigned int>(utf8.size()), MemoryBuffer::kReadInPlace);
+  std::string again;
+  OrvelParser::DecodeDocument(in, Orvel::Utf8Charset, again);
 }
 
 }  // namespace
@@ -68,10 +65,8 @@ const char* StageName(Stage stage) {
   switch (stage) {
     case kCharset:
       return "charset conversion";
-    case kGumbo:
-      return "HTML parsing (Gumbo)";
-    case kConversion:
-      return "depth limit, tree to nodes";
+    case kParse:
+      return "HTML parsing";
     case kLayout:
       return "layout tree building";
     case kRanking:
@@ -103,35 +98,35 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   Laps laps(times);
   MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
   std::string utf8;
-  const Orvel::CHARSET read_as = OrvelParser::DecodeDocument(in, charset, utf8);
-  auto tree = std::make_unique<OrvelParser::HtmlDocTree>(charset);
+  OrvelParser::DecodeDocument(in, charset, utf8);
+  auto tree = std::make_unique<OrvelParser::HtmlDocTree>(Orvel::Utf8Charset);
   laps.To(kCharset);
-  OrvelParser::LimitNesting(utf8);
-  laps.To(kConversion);
 
-  // Gumbo alone on the same text, before the parse stage on every other
+  // The second reading of the text, before the parse on every other
   // extraction and after it on the rest, so that the warmer caches of the
-  // second run favour neither side; its time moves from our share of the
-  // stage to Gumbo's.
-  const bool gumbo_first = times.extractions % 2 == 0;
+  // second run favour neither side; its time comes out of the stage.
+  const bool read_first = times.extractions % 2 == 0;
   ++times.extractions;
-  StageTimes gumbo_alone;
-  if (gumbo_first) {
-    Laps gumbo_lap(gumbo_alone);
-    ParseWithGumboAlone(utf8);
-    gumbo_lap.To(kGumbo);
+  StageTimes reading;
+  if (read_first) {
+    Laps reading_lap(reading);
+    ReadUtf8Again(utf8);
+    reading_lap.To(kParse);
     laps.Skip();
   }
-  OrvelParser::GumboTreeConverter::Parse(utf8, ZestraNS::KeywordTable(), *tree, read_as);
-  laps.To(kConversion);
-  if (!gumbo_first) {
-    Laps gumbo_lap(gumbo_alone);
-    ParseWithGumboAlone(utf8);
-    gumbo_lap.To(kGumbo);
+  {
+    MemoryBuffer text(utf8.data(), static_cast<unsigned int>(utf8.size()), MemoryBuffer::kReadInPlace);
+    OrvelParser::HtmlDocParser parser(text, ZestraNS::KeywordTable(), *tree);
+    parser.Parse();
+  }
+  laps.To(kParse);
+  if (!read_first) {
+    Laps reading_lap(reading);
+    ReadUtf8Again(utf8);
+    reading_lap.To(kParse);
     laps.Skip();
   }
-  times.seconds[kGumbo] += gumbo_alone.seconds[kGumbo];
-  times.seconds[kConversion] -= gumbo_alone.seconds[kGumbo];
+  times.seconds[kParse] -= reading.seconds[kParse];
 
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;
