@@ -3,7 +3,7 @@
 # nothing but `make run` or `make test`.
 
 PACKAGES := cmake g++ make pkgconf libgtest-dev libgmock-dev libbenchmark-dev \
-            libgumbo-dev libuchardet-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
+            libuchardet-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
 FUZZ_PACKAGES := clang libfuzzer-14-dev libclang-rt-14-dev
 JOBS ?= $(shell nproc)
 BUILD_TYPE ?= RelWithDebInfo

@@ -9,11 +9,12 @@
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "charset/document_decoder.h"
+#include "html/html_tree_sink.h"
+#include "html/tree_builder.h"
 #include "zestra/api/beautify.h"
 #include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
-#include "zestra/html/html_doc_parser.h"
 #include "zestra/html/html_doc_tree.h"
 #include "zestra/stream/memory_buffer.h"
 #include "zestra/charset/charset_conversion.h"
@@ -50,14 +51,6 @@ class Laps {
   StageTimes& times_;
   double last_;
 };
-
-// Reads `utf8` as HtmlDocParser reads its input when told it is UTF-8: the
-// pass that the parse stage makes beyond Beautify's.
-void ReadUtf8Again(const std::string& utf8) {
-  MemoryBuffer in(utf8.data(), static_cast<unsigned int>(utf8.size()), MemoryBuffer::kReadInPlace);
-  std::string again;
-  OrvelParser::DecodeDocument(in, Orvel::Utf8Charset, again);
-}
 
 }  // namespace
 
@@ -98,35 +91,16 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   Laps laps(times);
   MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
   std::string utf8;
-  OrvelParser::DecodeDocument(in, charset, utf8);
-  auto tree = std::make_unique<OrvelParser::HtmlDocTree>(Orvel::Utf8Charset);
+  const Orvel::CHARSET read_as = OrvelParser::DecodeDocument(in, charset, utf8);
+  auto tree = std::make_unique<OrvelParser::HtmlDocTree>(charset);
   laps.To(kCharset);
-
-  // The second reading of the text, before the parse on every other
-  // extraction and after it on the rest, so that the warmer caches of the
-  // second run favour neither side; its time comes out of the stage.
-  const bool read_first = times.extractions % 2 == 0;
   ++times.extractions;
-  StageTimes reading;
-  if (read_first) {
-    Laps reading_lap(reading);
-    ReadUtf8Again(utf8);
-    reading_lap.To(kParse);
-    laps.Skip();
-  }
-  {
-    MemoryBuffer text(utf8.data(), static_cast<unsigned int>(utf8.size()), MemoryBuffer::kReadInPlace);
-    OrvelParser::HtmlDocParser parser(text, ZestraNS::KeywordTable(), *tree);
-    parser.Parse();
+  if (!utf8.empty()) {
+    OrvelParser::HtmlTreeSink sink(ZestraNS::KeywordTable());
+    OrvelParser::TreeBuilder::Build(utf8, sink);
+    tree->Assign(sink.TakeTopLevel(), sink.NodeCount(), read_as);
   }
   laps.To(kParse);
-  if (!read_first) {
-    Laps reading_lap(reading);
-    ReadUtf8Again(utf8);
-    reading_lap.To(kParse);
-    laps.Skip();
-  }
-  times.seconds[kParse] -= reading.seconds[kParse];
 
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;

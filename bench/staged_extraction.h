@@ -6,8 +6,8 @@
 // hold on a busy machine:
 //
 //   charset      DecodeDocument: detection and conversion to UTF-8
-//   parse        HtmlDocParser::Parse over the UTF-8 text: the HTML parser,
-//                from the text to the tree of HtmlTreeNodes
+//   parse        the tokenizer and the tree builder, straight into the
+//                HtmlDocTree's nodes
 //   layout       BuildTreeConsumingDocTree: the layout tree and the title, in
 //                the layout asked for
 //   ranking      the document statistics and type (as ExtractText does),
@@ -16,13 +16,6 @@
 //   writing      GetText into a working buffer, and the copy of the buffer
 //                into the wide string
 //   freeing      releasing the layout tree and the parsed document
-//
-// HtmlDocParser reads bytes and converts them itself, so the parse stage
-// gives it the UTF-8 text of the charset stage, declared as UTF-8. Reading
-// that text again costs a pass over it that Beautify does not make; the
-// same pass, timed alone right before the parse on every other extraction
-// and right after it on the others, is taken out of the stage (and out of
-// the total).
 //
 // Thread-safety: an object is used by one thread; objects on different
 // threads are independent.

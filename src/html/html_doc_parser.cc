@@ -3,8 +3,8 @@
 #include <string>
 
 #include "charset/document_decoder.h"
-#include "html/gumbo_tree_converter.h"
-#include "html/html_nesting_limit.h"
+#include "html/html_tree_sink.h"
+#include "html/tree_builder.h"
 
 namespace OrvelParser {
 
@@ -13,8 +13,13 @@ HtmlDocParser::~HtmlDocParser() = default;
 bool HtmlDocParser::Parse() {
   std::string utf8;
   const Orvel::CHARSET charset = DecodeDocument(input_, tree_.Charset(), utf8);
-  LimitNesting(utf8);
-  GumboTreeConverter::Parse(utf8, keywords_, tree_, charset);
+  if (utf8.empty()) {
+    tree_.Assign({}, 0, charset);
+    return false;
+  }
+  HtmlTreeSink sink(keywords_);
+  TreeBuilder::Build(utf8, sink);
+  tree_.Assign(sink.TakeTopLevel(), sink.NodeCount(), charset);
   return tree_.NodeCount() != 0;
 }
 

@@ -1,11 +1,10 @@
 #include "zestra/html/html_keyword_table.h"
 
-#include <gumbo.h>
-
 #include <algorithm>
 #include <span>
 
 #include "html/html_element_table.h"
+#include "html/tag_id.h"
 
 namespace OrvelParser {
 
@@ -16,10 +15,8 @@ HtmlKeywordTable::HtmlKeywordTable(int prt_type) {
   }
   std::sort(by_name_.begin(), by_name_.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
-  by_tag_.resize(GUMBO_TAG_LAST);
-  for (unsigned tag = 0; tag < GUMBO_TAG_UNKNOWN; ++tag) {
-    by_tag_[tag] = Find(gumbo_normalized_tagname(static_cast<GumboTag>(tag)));
-  }
+  by_tag_.resize(static_cast<size_t>(TagId::kTagCount));
+  for (size_t tag = 1; tag < by_tag_.size(); ++tag) by_tag_[tag] = Find(TagName(static_cast<TagId>(tag)));
 }
 
 HtmlKeywordTable::~HtmlKeywordTable() = default;

@@ -1,7 +1,6 @@
 #include "html/tag_id.h"
 
-#include <algorithm>
-#include <array>
+#include "html/perfect_hash.h"
 
 namespace OrvelParser {
 namespace {
@@ -15,23 +14,17 @@ constexpr std::string_view kNames[] = {
 };
 static_assert(std::size(kNames) == static_cast<size_t>(TagId::kTagCount));
 
-// The names sorted, each with its id, for a binary search.
-struct SortedNames {
-  std::array<std::pair<std::string_view, TagId>, std::size(kNames) - 1> rows;
-  constexpr SortedNames() : rows() {
-    for (size_t i = 1; i < std::size(kNames); ++i) rows[i - 1] = {kNames[i], static_cast<TagId>(i)};
-    std::sort(rows.begin(), rows.end());
-  }
-};
-constexpr SortedNames kSorted;
+constexpr PerfectHash<std::size(kNames), 12> kTable(kNames);
 
 }  // namespace
 
-TagId LookupTag(std::string_view name) noexcept {
-  const auto* found = std::lower_bound(kSorted.rows.begin(), kSorted.rows.end(), name,
-                                       [](const auto& row, std::string_view key) { return row.first < key; });
-  return found != kSorted.rows.end() && found->first == name ? found->second : TagId::kTagUnknown;
+uint32_t TagHashSeed() noexcept { return kTable.seed(); }
+
+TagId LookupTagHashed(std::string_view name, uint32_t hash) noexcept {
+  return static_cast<TagId>(kTable.Find(name, hash));
 }
+
+TagId LookupTag(std::string_view name) noexcept { return static_cast<TagId>(kTable.Find(name)); }
 
 std::string_view TagName(TagId tag) noexcept {
   const auto index = static_cast<size_t>(tag);

@@ -52,6 +52,12 @@ TagId LookupTag(std::string_view name) noexcept;
 // The lower-case name of `tag`; empty for kTagUnknown and out-of-range ids.
 std::string_view TagName(TagId tag) noexcept;
 
+// For a scanner that hashes a name while it reads it: the hash state before
+// the first byte (then stepped with NameHashStep of html/perfect_hash.h over
+// every lower-cased byte), and the id of `name` given that final `hash`.
+uint32_t TagHashSeed() noexcept;
+TagId LookupTagHashed(std::string_view name, uint32_t hash) noexcept;
+
 }  // namespace OrvelParser
 
 #endif  // ZESTRA_HTML_TAG_ID_H_

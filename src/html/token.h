@@ -15,6 +15,7 @@
 #include <span>
 #include <string_view>
 
+#include "html/attribute_id.h"
 #include "html/tag_id.h"
 
 namespace OrvelParser {
@@ -37,6 +38,11 @@ enum class TokenType : uint8_t {
 struct TokenAttribute {
   std::string_view name;   // lower-case as the tokenizer lowered it; never empty
   std::string_view value;  // character references decoded, NUL as U+FFFD
+  AttributeId id = AttributeId::kAttributeUnknown;  // the id of `name`
+  // True when `name` (`value`) views the tokenizer's input, and so stays
+  // valid as long as the input does (see Token::data_in_input).
+  bool name_in_input = false;
+  bool value_in_input = false;
 };
 
 struct Token {

@@ -60,6 +60,9 @@ class Tokenizer {
 
   // Whether "<![CDATA[" opens a CDATA section (the adjusted current node is
   // in a foreign namespace) or a bogus comment (otherwise, the default).
+  // Next hands out the character run before a "<" of the data state before
+  // it reads what follows the "<", so a setting made after the tokens
+  // before the "<" holds for it.
   void SetCdataAllowed(bool allowed);
 
  private:

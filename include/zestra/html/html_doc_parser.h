@@ -5,13 +5,14 @@
 // it, and an unknown or unsupported charset is found as browsers find it
 // (byte-order mark, <meta> prescan, statistical guess, then Windows-1252).
 // Invalid bytes become U+FFFD. The UTF-8 text, at most kMaxDocumentBytes
-// (1 GiB) of it, is parsed by Gumbo, an HTML5-conformant parser, so
-// malformed markup is repaired as browsers repair it and character
-// references are decoded. Elements nested deeper than 512 levels are
-// flattened first, as browsers cap their trees: the start tags that would
-// open them are dropped and their content stays in the element at the
-// limit (the cap keeps Gumbo's time, which grows with the square of the
-// depth, bounded).
+// (1 GiB) of it, is parsed by the library's own HTML5 parser (a WHATWG
+// tokenizer and tree builder, html/tree_builder.h), so malformed markup is
+// repaired as browsers repair it and character references are decoded.
+// The parse is that of a browser with scripting disabled (<noscript>
+// content is markup, which the element table then skips). As browsers cap
+// their trees, the stack of open elements is capped at 512: a start tag
+// that would open an element deeper is dropped, and its content stays in
+// the element at the limit.
 //
 // Thread-safety: a parser is used by one thread; the keyword table may be
 // shared by parsers on many threads.

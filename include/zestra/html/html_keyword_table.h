@@ -27,7 +27,7 @@
 
 namespace OrvelParser {
 
-class GumboTreeConverter;
+class HtmlTreeSink;
 
 // Keyword ids. The comments name the elements of each id; the element table
 // is the full list.
@@ -114,7 +114,7 @@ class ZESTRA_EXPORT HtmlKeywordTable {
   static std::string_view ElementName(ElementNumber element);
 
  private:
-  friend class GumboTreeConverter;
+  friend class HtmlTreeSink;
 
   // What the table says of one element.
   struct Keyword {
@@ -124,8 +124,8 @@ class ZESTRA_EXPORT HtmlKeywordTable {
 
   Keyword Find(std::string_view name) const;
 
-  // The keyword of an HTML element by the parser's tag number; the
-  // converter passes names of tags it has no number for to Find.
+  // The keyword of an HTML element by the parser's tag id (a TagId of
+  // html/tag_id.h as a number); names without an id go to Find.
   Keyword ForTag(unsigned tag) const { return tag < by_tag_.size() ? by_tag_[tag] : Keyword(); }
 
   std::vector<Keyword> by_tag_;

@@ -104,6 +104,10 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   // Building. REQUIRES (SetText): IsText(). REQUIRES (AddParam): !IsText();
   // an attribute whose name or value holds a NUL character is not kept.
   void SetText(std::string_view utf8) { payload_.assign(utf8); }
+  // REQUIRES: IsText(). Adds `utf8` at the end of the text.
+  void AppendText(std::string_view utf8) { payload_.append(utf8); }
+  // Sets the source length (see SourceLength).
+  void SetSourceLength(uint32_t length) noexcept { source_length_ = length; }
   void AddParam(std::string_view name, std::string_view value);
 
  private:

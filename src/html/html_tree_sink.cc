@@ -1,0 +1,124 @@
+#include "html/html_tree_sink.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+namespace OrvelParser {
+namespace {
+
+// The position of `node` in `list`, searched from the end (the builder
+// nearly always works at the end of a list); list.end() when absent.
+HtmlTreeNode::List::iterator FindFromEnd(HtmlTreeNode::List& list, const void* node) {
+  for (auto it = list.end(); it != list.begin();) {
+    --it;
+    if (it->Get() == node) return it;
+  }
+  return list.end();
+}
+
+HtmlTreeNode::Entry MakeNode(uint32_t word, uint32_t position, uint32_t length, ElementNumber element) {
+  HtmlTreeNode::Entry entry(new HtmlTreeNode(word, position, length, element));
+  if (!entry) throw std::bad_alloc();
+  return entry;
+}
+
+}  // namespace
+
+void HtmlTreeSink::AddAttribute(HtmlTreeNode& node, const SinkAttribute& attribute, std::string& name) {
+  switch (attribute.ns) {
+    case AttributeNamespace::kXlink:
+      name.assign("xlink:").append(attribute.name);
+      break;
+    case AttributeNamespace::kXml:
+      name.assign("xml:").append(attribute.name);
+      break;
+    case AttributeNamespace::kXmlns:
+      name.assign(attribute.name == "xmlns" ? "" : "xmlns:").append(attribute.name);
+      break;
+    default:
+      node.AddParam(attribute.name, attribute.value);
+      return;
+  }
+  node.AddParam(name, attribute.value);
+}
+
+SinkNode HtmlTreeSink::CreateElement(const SinkElement& element) {
+  HtmlKeywordTable::Keyword keyword;
+  if (element.ns == Namespace::kHtml) {
+    keyword = element.tag != TagId::kTagUnknown ? keywords_.ForTag(static_cast<unsigned>(element.tag))
+                                                : keywords_.Find(element.name);
+  } else if ((element.ns == Namespace::kSvg && element.tag == TagId::k_svg) ||
+             (element.ns == Namespace::kMathml && element.tag == TagId::k_math)) {
+    // Only the roots of SVG and MathML islands carry their own word: an SVG
+    // <title> or <a> is not the document's.
+    keyword = keywords_.ForTag(static_cast<unsigned>(element.tag));
+  }
+  HtmlTreeNode::Entry entry = MakeNode(keyword.word, element.begin, element.end - element.begin, keyword.element);
+  for (const SinkAttribute& attribute : element.attributes) AddAttribute(*entry, attribute, name_);
+  HtmlTreeNode* node = entry.Get();
+  detached_.push_back(std::move(entry));
+  ++node_count_;
+  return node;
+}
+
+void HtmlTreeSink::Insert(SinkNode parent, SinkNode child, SinkNode before) {
+  auto held = FindFromEnd(detached_, child);
+  if (held == detached_.end()) return;
+  HtmlTreeNode::Entry entry = std::move(*held);
+  detached_.erase(held);
+  HtmlTreeNode::List& list = ListOf(parent);
+  auto at = before == nullptr ? list.end() : FindFromEnd(list, before);
+  list.insert(at, std::move(entry));
+}
+
+void HtmlTreeSink::Remove(SinkNode parent, SinkNode child) {
+  HtmlTreeNode::List& list = ListOf(parent);
+  auto at = FindFromEnd(list, child);
+  if (at == list.end()) return;
+  detached_.push_back(std::move(*at));
+  list.erase(at);
+}
+
+void HtmlTreeSink::MoveChildren(SinkNode from, SinkNode to) {
+  HtmlTreeNode::List& source = ListOf(from);
+  HtmlTreeNode::List& target = ListOf(to);
+  target.insert(target.end(), std::make_move_iterator(source.begin()), std::make_move_iterator(source.end()));
+  source.clear();
+}
+
+void HtmlTreeSink::InsertText(SinkNode parent, SinkNode before, std::string_view text, uint32_t begin,
+                              uint32_t end, bool /*in_input*/) {
+  if (parent == nullptr) return;  // the top-level list holds elements only
+  HtmlTreeNode::List& list = ListOf(parent);
+  auto at = before == nullptr ? list.end() : FindFromEnd(list, before);
+  if (at != list.begin()) {
+    HtmlTreeNode& previous = **(at - 1);
+    if (previous.IsText()) {
+      previous.AppendText(text);
+      if (end > previous.SourcePosition()) previous.SetSourceLength(end - previous.SourcePosition());
+      return;
+    }
+  }
+  HtmlTreeNode::Entry entry = MakeNode(kIdText, begin, end - begin, kNoElement);
+  entry->SetText(text);
+  list.insert(at, std::move(entry));
+  ++node_count_;
+}
+
+void HtmlTreeSink::AddMissingAttributes(SinkNode element, std::span<const SinkAttribute> attributes) {
+  auto* node = static_cast<HtmlTreeNode*>(element);
+  std::string_view value;
+  for (const SinkAttribute& attribute : attributes) {
+    if (!node->FindParam(attribute.name, value)) AddAttribute(*node, attribute, name_);
+  }
+}
+
+void HtmlTreeSink::SetEndTag(SinkNode element, uint32_t end) {
+  auto* node = static_cast<HtmlTreeNode*>(element);
+  // An element the parser made up has no span, whatever closes it.
+  if (node->SourceLength() == 0 || end <= node->SourcePosition()) return;
+  node->SetSourceLength(end - node->SourcePosition());
+}
+
+}  // namespace OrvelParser
