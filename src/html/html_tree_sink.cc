@@ -94,7 +94,7 @@ void HtmlTreeSink::InsertText(SinkNode parent, SinkNode before, std::string_view
   auto at = before == nullptr ? list.end() : FindFromEnd(list, before);
   if (at != list.begin()) {
     HtmlTreeNode& previous = **(at - 1);
-    if (previous.IsText()) {
+    if (previous.IsText() && &previous != before_comment_) {
       previous.AppendText(text);
       if (end > previous.SourcePosition()) previous.SetSourceLength(end - previous.SourcePosition());
       return;
@@ -104,6 +104,12 @@ void HtmlTreeSink::InsertText(SinkNode parent, SinkNode before, std::string_view
   entry->SetText(text);
   list.insert(at, std::move(entry));
   ++node_count_;
+}
+
+void HtmlTreeSink::AppendComment(SinkNode parent, std::string_view) {
+  if (parent == nullptr) return;
+  const HtmlTreeNode::List& list = ListOf(parent);
+  if (!list.empty() && list.back()->IsText()) before_comment_ = list.back().Get();
 }
 
 void HtmlTreeSink::AddMissingAttributes(SinkNode element, std::span<const SinkAttribute> attributes) {

@@ -43,7 +43,9 @@ class HtmlTreeSink final : public TreeSink {
   void AddMissingAttributes(SinkNode element, std::span<const SinkAttribute> attributes) override;
   void SetEndTag(SinkNode element, uint32_t end) override;
   SinkNode TemplateContents(SinkNode template_element) override { return template_element; }
-  void AppendComment(SinkNode, std::string_view) override {}
+  // Comments are not kept, but the text on either side of one stays in two
+  // text nodes, as in the document's DOM.
+  void AppendComment(SinkNode parent, std::string_view) override;
   void AppendDoctype(std::string_view, std::string_view, std::string_view) override {}
 
  private:
@@ -57,6 +59,9 @@ class HtmlTreeSink final : public TreeSink {
   // Nodes made or taken out and not (yet) in the tree; few at any time.
   HtmlTreeNode::List detached_;
   uint32_t node_count_ = 0;
+  // The text node that a comment follows: text after the comment does not
+  // join it. Null when none.
+  const HtmlTreeNode* before_comment_ = nullptr;
   std::string name_;  // scratch for qualified attribute names
 };
 
