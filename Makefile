@@ -9,7 +9,7 @@ JOBS ?= $(shell nproc)
 BUILD_TYPE ?= RelWithDebInfo
 SAMPLE ?= samples/article.html
 FUZZ_SECONDS ?= 60
-FUZZ_TARGETS := beautify_bytes_fuzzer beautified_text_from_string_fuzzer document_tree_fuzzer block_layout_fuzzer
+FUZZ_TARGETS := beautify_bytes_fuzzer beautified_text_from_string_fuzzer document_tree_fuzzer block_layout_fuzzer html_parser_fuzzer
 
 .PHONY: all deps build run test test-sanitize test-thread fuzz clean
 

@@ -7,8 +7,8 @@
 // --layout blocks: zestra::Extract's text in that layout; this also warms
 // up), runs --warmup more passes, then --passes measured passes over
 // all pages on one thread, and prints pages per second, MB/s of input and
-// the share of time of each stage (staged_extraction.h), all in processor
-// time of that thread. With --threads N it
+// the share of time and the MB/s of input of each stage
+// (staged_extraction.h), all in processor time of that thread. With --threads N it
 // then runs the extraction through Beautify (zestra::Extract for blocks) on
 // 1, 2, ..., N threads sharing
 // the pages and prints the scaling. Last, the peak resident size of the
@@ -152,12 +152,15 @@ int main(int argc, char** argv) {
   const double extractions = static_cast<double>(pages.size()) * options.passes;
   std::printf("\none thread, %d passes after %d warm-up, processor time: %.1f pages/s, %.2f MB/s\n", options.passes,
               options.warmup + 1, extractions / total, MegaBytes(bytes * options.passes) / total);
-  std::printf("%-26s %12s %8s\n", "stage", "ms per pass", "share");
+  std::printf("%-26s %12s %8s %9s\n", "stage", "ms per pass", "share", "MB/s");
   for (int stage = 0; stage < zestra_bench::kStageCount; ++stage) {
     const double seconds = times.seconds[stage];
-    std::printf("%-26s %12.1f %7.1f%%\n", zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage)),
-                1e3 * seconds / options.passes, 100.0 * seconds / total);
+    std::printf("%-26s %12.1f %7.1f%% %9.1f\n", zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage)),
+                1e3 * seconds / options.passes, 100.0 * seconds / total,
+                MegaBytes(bytes * options.passes) / seconds);
   }
+  std::printf("%-26s %12.1f %7.1f%% %9.1f\n", "end to end", 1e3 * total / options.passes, 100.0,
+              MegaBytes(bytes * options.passes) / total);
 
   if (options.threads > 0) {
     std::printf("\nthreads  pages/s     MB/s  speed-up (%s, %d passes, wall-clock time)\n",
