@@ -25,9 +25,10 @@ struct PageEntry {
   // The path as the user sees it: the argument, or the directory argument
   // joined with the path found below it; "-" for standard input.
   std::string path;
-  // Where the page's text goes under --out-dir, without extension: the path
-  // below the directory argument, or the file argument without its root
-  // and without ".." steps; "stdin" for standard input.
+  // Where the page's output goes under --out-dir, before the extension of
+  // the output is added: the path below the directory argument, or the
+  // file argument without its root and without "." and ".." steps, each
+  // with its own file name whole ("a/b.html"); "stdin" for standard input.
   std::filesystem::path relative;
   // Empty for a page; else the message of the problem ("cannot read 'x':
   // No such file or directory"), without the "zestra: " prefix.
@@ -39,6 +40,11 @@ struct PageEntry {
 
 // True when `name` is the name of a page file (see above).
 bool IsPageName(const std::string& name);
+
+// The usage error of a list of arguments, without "zestra: " (standard
+// input named more than once: it cannot be read twice); empty when there
+// is none.
+std::string CheckInputArguments(const std::vector<std::string>& arguments);
 
 // Lists the pages of `arguments` in order. `*batch` becomes true when the
 // arguments name more than one page or any directory: the output is then
