@@ -106,9 +106,12 @@ void GumboTreeConverter::Parse(std::string_view utf8, const HtmlKeywordTable& ke
   const auto keyword_of = [&](const GumboElement& element) -> Keyword {
     if (element.tag_namespace != GUMBO_NAMESPACE_HTML) {
       // Only the roots of SVG and MathML islands carry their own word: an
-      // SVG <title> or <a> is not the document's.
+      // SVG <title> or <a> is not the document's. The others are kIdOther,
+      // named when the table names them so (a foreignObject).
       const bool root = element.tag == GUMBO_TAG_SVG || element.tag == GUMBO_TAG_MATH;
-      return root ? keywords.ForTag(element.tag) : Keyword();
+      if (root) return keywords.ForTag(element.tag);
+      const Keyword named = keywords.ForTag(element.tag);
+      return (named.word & HtmlKeywordTable::kIdMask) == kIdOther ? named : Keyword();
     }
     if (element.tag != GUMBO_TAG_UNKNOWN) return keywords.ForTag(element.tag);
     GumboStringPiece tag = element.original_tag;
