@@ -173,15 +173,9 @@ class ExtractRun {
 }  // namespace
 
 int RunExtract(const ExtractSettings& settings) {
-  std::vector<std::string> inputs = settings.inputs;
-  if (inputs.empty()) inputs.push_back("-");
-  const std::string usage = CheckInputArguments(inputs);
-  if (!usage.empty()) {
-    std::fprintf(stderr, "zestra: %s\n", usage.c_str());
-    return kExitError;
-  }
+  std::vector<PageEntry> pages;
   bool batch = false;
-  std::vector<PageEntry> pages = ListPages(inputs, &batch);
+  if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;
   if (!settings.out_dir.empty()) {
     const std::string collision = FindOutputCollision(pages, settings.out_dir, WritesJson(settings, batch));
     if (!collision.empty()) {

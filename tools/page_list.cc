@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -100,12 +101,6 @@ bool IsPageName(const std::string& name) {
   return WithoutPageExtension(name) != name;
 }
 
-std::string CheckInputArguments(const std::vector<std::string>& arguments) {
-  if (std::count(arguments.begin(), arguments.end(), "-") > 1) {
-    return "standard input ('-') can be named only once";
-  }
-  return "";
-}
 
 std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool* batch) {
   std::vector<PageEntry> entries;
@@ -135,6 +130,16 @@ std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool
     }
   }
   return entries;
+}
+
+bool ListCommandPages(std::vector<std::string> arguments, std::vector<PageEntry>* pages, bool* batch) {
+  if (arguments.empty()) arguments.push_back("-");
+  if (std::count(arguments.begin(), arguments.end(), "-") > 1) {
+    std::fprintf(stderr, "zestra: standard input ('-') can be named only once\n");
+    return false;
+  }
+  *pages = ListPages(arguments, batch);
+  return true;
 }
 
 }  // namespace zestra_tool

@@ -41,15 +41,15 @@ struct PageEntry {
 // True when `name` is the name of a page file (see above).
 bool IsPageName(const std::string& name);
 
-// The usage error of a list of arguments, without "zestra: " (standard
-// input named more than once: it cannot be read twice); empty when there
-// is none.
-std::string CheckInputArguments(const std::vector<std::string>& arguments);
-
 // Lists the pages of `arguments` in order. `*batch` becomes true when the
 // arguments name more than one page or any directory: the output is then
 // one record per page instead of one text.
 std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool* batch);
+
+// ListPages for a command's arguments, none meaning standard input ("-").
+// Returns false, after a line on standard error, when they are wrong:
+// standard input named more than once, which cannot be read twice.
+bool ListCommandPages(std::vector<std::string> arguments, std::vector<PageEntry>* pages, bool* batch);
 
 }  // namespace zestra_tool
 

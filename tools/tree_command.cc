@@ -234,15 +234,9 @@ bool PrintPageTree(const TreeSettings& settings, const std::string& path, std::s
 }  // namespace
 
 int RunTree(const TreeSettings& settings) {
-  std::vector<std::string> inputs = settings.inputs;
-  if (inputs.empty()) inputs.push_back("-");
-  const std::string usage = CheckInputArguments(inputs);
-  if (!usage.empty()) {
-    std::fprintf(stderr, "zestra: %s\n", usage.c_str());
-    return kExitError;
-  }
+  std::vector<PageEntry> pages;
   bool batch = false;
-  const std::vector<PageEntry> pages = ListPages(inputs, &batch);
+  if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;
   std::size_t failures = 0;
   for (const PageEntry& page : pages) {
     std::string error = page.error;

@@ -1,5 +1,5 @@
-// The hostile corpus: inputs built here, in code, that aim at the limits of
-// the parser adapter, the builder and the walks. Each case runs one
+// The hostile corpus: inputs built in code (hostile_pages.h and here) that
+// aim at the limits of the parser adapter, the builder and the walks. Each case runs one
 // extraction (Beautify over bytes) in a child process and checks that it
 // ends normally, that its output is the documented result, and that it
 // needed at most 20 times the input's size plus kFixedBytes of memory (the
@@ -13,6 +13,7 @@
 #include <functional>
 #include <string>
 
+#include "hostile/hostile_pages.h"
 #include "hostile/isolated_run.h"
 #include "zestra/api/beautify.h"
 #include "zestra/api/document_tree.h"
@@ -104,16 +105,9 @@ void ExpectHostile(const std::function<void(std::string&)>& build, CHARSET chars
   }
 }
 
-std::string Repeat(const std::string& part, size_t count) {
-  std::string out;
-  out.reserve(part.size() * count);
-  for (size_t i = 0; i < count; ++i) out += part;
-  return out;
-}
-
 TEST(HostileTest, TwentyThousandNestedElements) {
   ExpectHostile(
-      [](std::string& in) { in = Repeat("<div>", 20000) + "deepest words" + Repeat("</div>", 20000); },
+      BuildNestedElements,
       Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"deepest words"); });
 }
 
@@ -122,24 +116,19 @@ TEST(HostileTest, TwentyThousandNestedElements) {
 // flattens everything past 512 levels, so the deepest text is still there.
 TEST(HostileTest, TwentyThousandNestedListsAreFlattened) {
   ExpectHostile(
-      [](std::string& in) { in = Repeat("<ul><li>", 20000) + "deepest item" + Repeat("</li></ul>", 20000); },
+      BuildNestedLists,
       Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"deepest item"); });
 }
 
 TEST(HostileTest, TenThousandNestedTables) {
   ExpectHostile(
-      [](std::string& in) {
-        in = Repeat("<table><tr><td>", 10000) + "innermost cell" + Repeat("</td></tr></table>", 10000);
-      },
+      BuildNestedTables,
       Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"innermost cell"); });
 }
 
 TEST(HostileTest, HugeSpansAreCapped) {
   ExpectHostile(
-      [](std::string& in) {
-        in = "<table><tr><td colspan=2147483647 rowspan=99999999>wide cell</td><td>next cell</td></tr>"
-             "<tr><td>lower cell</td></tr></table>";
-      },
+      BuildHugeSpans,
       Orvel::Utf8Charset,
       [](const Extraction& e) {
         std::string failure = ExpectContains(e, u"wide cell");
@@ -150,9 +139,9 @@ TEST(HostileTest, HugeSpansAreCapped) {
 }
 
 TEST(HostileTest, FiftyMegabyteTextNode) {
-  constexpr size_t kWords = 50u << 20 >> 3;  // 8 bytes per word: 50 MiB
+  constexpr size_t kWords = kTextNodeWords;
   ExpectHostile(
-      [](std::string& in) { in = "<p>" + Repeat("abcdefg ", kWords); },
+      BuildTextNode,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         // White space runs inside a text item are kept as written; the
@@ -164,12 +153,7 @@ TEST(HostileTest, FiftyMegabyteTextNode) {
 
 TEST(HostileTest, MillionLinks) {
   ExpectHostile(
-      [](std::string& in) {
-        in.reserve(48u << 20);
-        for (int i = 0; i < 1000000; ++i) {
-          in += "<a href=\"/item/" + std::to_string(i) + "\">Item " + std::to_string(i) + "</a>\n";
-        }
-      },
+      BuildMillionLinks,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         if (e.type != ZestraNS::LinkDocument) return "not a link document";
@@ -179,9 +163,9 @@ TEST(HostileTest, MillionLinks) {
 }
 
 TEST(HostileTest, DenseInlineMarkup) {
-  constexpr size_t kElements = 5u << 20 >> 3;  // 8 bytes each: 5 MiB
+  constexpr size_t kElements = kDenseElements;
   ExpectHostile(
-      [](std::string& in) { in = Repeat("<b>x</b>", kElements); },
+      BuildDenseMarkup,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         if (e.text.size() < kElements) return "text too short: " + Describe(e.text);
@@ -197,11 +181,7 @@ TEST(HostileTest, EveryByteValue) {
   for (const int32_t charset : {-1, 1201, 1252, 65001, 932, 50220, 12000}) {
     SCOPED_TRACE(charset);
     ExpectHostile(
-        [](std::string& in) {
-          std::string all(256, '\0');
-          for (int i = 0; i < 256; ++i) all[i] = static_cast<char>(i);
-          in = Repeat(all, 4096);
-        },
+        BuildEveryByteValue,
         static_cast<CHARSET>(charset), [](const Extraction&) { return std::string(); });
   }
 }
@@ -211,9 +191,7 @@ TEST(HostileTest, EveryByteValue) {
 // parse goes on.
 TEST(HostileTest, NulBytesInTagsAndText) {
   ExpectHostile(
-      [](std::string& in) {
-        in = std::string("<p cl\0ass=\"a\0b\">be\0fore</p\0><di\0v>after</div><p>tail\0</p>", 57);
-      },
+      BuildNulBytes,
       Orvel::Utf8Charset,
       [](const Extraction& e) {
         std::string failure = ExpectContains(e, u"before");
@@ -223,7 +201,7 @@ TEST(HostileTest, NulBytesInTagsAndText) {
 
 TEST(HostileTest, TruncatedMultiByteSequences) {
   // UTF-8: a three-byte sequence cut inside the text and at the end.
-  ExpectHostile([](std::string& in) { in = "<p>one \xE2\x82 two \xF0\x9F\x98"; }, Orvel::Utf8Charset,
+  ExpectHostile(BuildTruncatedUtf8, Orvel::Utf8Charset,
                 [](const Extraction& e) { return ExpectContains(e, u"one \uFFFD two \uFFFD"); });
   // Shift_JIS: a lead byte without its trail byte at the end.
   ExpectHostile([](std::string& in) { in = "<p>\x82\xa0 end \x82"; }, static_cast<CHARSET>(932),
@@ -242,10 +220,7 @@ TEST(HostileTest, TruncatedMultiByteSequences) {
 // beyond ASCII wins over the declaration when no charset is given.
 TEST(HostileTest, MetaCharsetThatLies) {
   ExpectHostile(
-      [](std::string& in) {
-        in = "<html><head><meta charset=\"shift_jis\"></head><body><p>caf\xC3\xA9 na\xC3\xAFve \xE2\x80\x94 "
-             "\xE6\x97\xA5\xE6\x9C\xAC</p></body></html>";
-      },
+      BuildLyingCharset,
       Orvel::UnknownCharset, [](const Extraction& e) { return ExpectContains(e, u"caf\u00E9 na\u00EFve \u2014 \u65E5\u672C"); });
   // A declaration of UTF-16 in a page of 8-bit bytes is read as UTF-8, as
   // browsers do.
@@ -256,7 +231,7 @@ TEST(HostileTest, MetaCharsetThatLies) {
 
 TEST(HostileTest, TenMegabyteUnclosedComment) {
   ExpectHostile(
-      [](std::string& in) { in = "<p>before the comment</p><!--" + std::string(10u << 20, 'c'); },
+      BuildUnclosedComment,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         if (e.text.find(u"ccc") != std::u16string::npos) return "comment text leaked: " + Describe(e.text);
