@@ -13,7 +13,10 @@
 #include <sstream>
 #include <string>
 
+#include "zestra/api/beautify.h"
+#include "zestra/base/charset.h"
 #include "zestra/base/memory_pool.h"
+#include "zestra/stream/memory_buffer.h"
 #include "zestra/zestra.h"
 #include "zestra/zestra_c.h"
 
@@ -96,6 +99,37 @@ TEST(AllocationFailureTest, CInterfaceReturnsOutOfMemoryWithoutResult) {
   ASSERT_EQ(zestra_extract(page.data(), page.size(), &options, &result), ZESTRA_OK);
   EXPECT_EQ(std::string(result->text, result->text_size), zestra::Extract(page).text);
   zestra_result_free(result);
+}
+
+// The ZestraNS functions keep their own contract: the tree does without
+// what the pool could not give, and an exception of the stream or the
+// parser passes through; neither crashes, wherever memory runs out.
+TEST(AllocationFailureTest, BeautifyCopesWithEveryFailedRequest) {
+  const std::string page = ReadSample();
+  const auto beautify = [&page](std::u16string& text) {
+    OrvelFile::MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()),
+                               OrvelFile::MemoryBuffer::kReadInPlace);
+    ZestraNS::DocumentType type = ZestraNS::LinkDocument;
+    ZestraNS::Beautify(in, Orvel::UnknownCharset, text, nullptr, &type);
+  };
+  std::u16string reference;
+  MemoryPool::InjectFailure(kUncounted);
+  beautify(reference);
+  const uint64_t requests = kUncounted - MemoryPool::InjectFailure(0);
+  int shorter = 0;
+  for (uint64_t n = 1; n <= requests; ++n) {
+    MemoryPool::InjectFailure(n);
+    std::u16string text;
+    try {
+      beautify(text);
+    } catch (const std::bad_alloc&) {
+      text.clear();
+    }
+    MemoryPool::InjectFailure(0);
+    if (text != reference) ++shorter;
+  }
+  // Without the failure count these results would pass for the page's.
+  EXPECT_GT(shorter, 0);
 }
 
 }  // namespace
