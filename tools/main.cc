@@ -126,8 +126,8 @@ int main(int argc, char** argv) {
 
   zestra_tool::TreeSettings tree;
   std::string tree_charset;
-  CLI::App* tree_command = app.add_subcommand("tree", "Print the layout tree of a page and what the ranking "
-                                                      "kept of it");
+  CLI::App* tree_command = app.add_subcommand("tree", "Print the layout tree of pages and what the ranking "
+                                                      "kept of them");
   tree_command->add_option("inputs", tree.inputs,
                            "Pages, as for extract: files, directories or - for standard input (the default)");
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
