@@ -1,9 +1,11 @@
 // The development set of real pages kept beside the source tree
-// (../shared/devset/readability/<name>/source.html), for tests that run the
-// engine over real documents. Tests skip when it is absent.
+// (../shared/devset/readability/<name>/source.html, or the folder that the
+// environment variable ZESTRA_DEVELOPMENT_SET names), for tests that run
+// the engine over real documents. Tests skip when it is absent.
 #ifndef ZESTRA_TESTS_DEVELOPMENT_SET_H_
 #define ZESTRA_TESTS_DEVELOPMENT_SET_H_
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -18,10 +20,16 @@ struct DevelopmentPage {
   std::string bytes;
 };
 
+// The folder of the development set (it may not exist).
+inline std::filesystem::path DevelopmentSetRoot() {
+  if (const char* named = std::getenv("ZESTRA_DEVELOPMENT_SET"); named != nullptr && *named != '\0') return named;
+  return ZESTRA_SOURCE_DIR "/../shared/devset/readability";
+}
+
 // Every page of the development set, in directory order; empty when the set
 // is not beside the source tree.
 inline std::vector<DevelopmentPage> DevelopmentPages() {
-  const std::filesystem::path root_dir = ZESTRA_SOURCE_DIR "/../shared/devset/readability";
+  const std::filesystem::path root_dir = DevelopmentSetRoot();
   std::vector<DevelopmentPage> pages;
   if (!std::filesystem::is_directory(root_dir)) return pages;
   for (const auto& entry : std::filesystem::directory_iterator(root_dir)) {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "ordered_runner.h"
+#include "out_dir.h"
 #include "page_list.h"
 #include "page_reader.h"
 #include "progress.h"
@@ -50,13 +51,19 @@ std::string JsonRecord(const std::string& path, const Outcome& outcome) {
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+// Whether the pages are written as JSON records: when asked, and by default
+// for a batch on standard output.
+bool WritesJson(const ExtractSettings& settings, bool batch) {
+  return settings.format == "json" || (settings.format.empty() && batch && settings.out_dir.empty());
+}
+
 class ExtractRun {
  public:
   ExtractRun(const ExtractSettings& settings, std::vector<PageEntry> pages, bool batch)
       : settings_(settings),
         pages_(std::move(pages)),
         batch_(batch),
-        json_(settings.format == "json" || (settings.format.empty() && batch && settings.out_dir.empty())),
+        json_(WritesJson(settings, batch)),
         progress_(stderr, batch && !settings.quiet && (settings.progress || isatty(STDERR_FILENO)), pages_.size(),
                   TotalBytes()) {}
 
@@ -118,8 +125,7 @@ class ExtractRun {
   // Writes the page's output under --out-dir; a failure becomes the page's
   // error.
   void WriteFile(const PageEntry& page, Outcome& outcome) const {
-    fs::path target = fs::path(settings_.out_dir) / page.relative;
-    target += json_ ? ".json" : ".txt";
+    const fs::path target = OutputPath(settings_.out_dir, page, json_);
     std::error_code error;
     fs::create_directories(target.parent_path(), error);
     if (error && !fs::is_directory(target.parent_path())) {
@@ -167,10 +173,16 @@ class ExtractRun {
 }  // namespace
 
 int RunExtract(const ExtractSettings& settings) {
+  std::vector<PageEntry> pages;
   bool batch = false;
-  std::vector<std::string> inputs = settings.inputs;
-  if (inputs.empty()) inputs.push_back("-");
-  std::vector<PageEntry> pages = ListPages(inputs, &batch);
+  if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;
+  if (!settings.out_dir.empty()) {
+    const std::string collision = FindOutputCollision(pages, settings.out_dir, WritesJson(settings, batch));
+    if (!collision.empty()) {
+      std::fprintf(stderr, "zestra: %s\n", collision.c_str());
+      return kExitError;
+    }
+  }
   return ExtractRun(settings, std::move(pages), batch).Run();
 }
 

@@ -2,8 +2,10 @@
 // commands. Every problem is one line on standard error starting with
 // "zestra: "; see extract_command.h for the exit statuses.
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -32,8 +34,9 @@ when some failed, 2 when none could be read or the arguments are wrong.
 )";
 
 const char kTreeExamples[] = R"(
-Example:
+Examples:
   zestra tree page.html | less
+  zestra tree site/ > trees.txt       every page below site/, each tree after a line "==> PATH <=="
 
 Prints each table with its grid size (columns x rows), nesting level, rank
 and whether it won, each cell with its counters, rank and whether its text
@@ -51,6 +54,29 @@ bool ParseCharset(const std::string& label, int* charset) {
   if (*charset != zestra::kSniffCharset) return true;
   std::fprintf(stderr, "zestra: unknown charset '%s'\n", label.c_str());
   return false;
+}
+
+// Names the arguments the command line had no place for: unknown options
+// (or values of options that take none), with the help of the command they
+// were given to.
+void ReportExtras(const CLI::App& app, std::initializer_list<const CLI::App*> commands) {
+  const CLI::App* command = &app;
+  for (const CLI::App* candidate : commands) {
+    if (candidate->parsed()) command = candidate;
+  }
+  std::vector<std::string> extras = command->remaining();
+  if (extras.empty()) extras = app.remaining();
+  const std::string help =
+      command == &app ? std::string("zestra --help") : "zestra " + command->get_name() + " --help";
+  for (const std::string& extra : extras) {
+    if (!extra.empty() && extra[0] == '-') {
+      std::fprintf(stderr, "zestra: unknown option '%s'; see '%s'\n", extra.c_str(), help.c_str());
+    } else {
+      std::fprintf(stderr, "zestra: unexpected argument '%s'; see '%s'\n", extra.c_str(), help.c_str());
+    }
+    return;  // the first says enough
+  }
+  std::fprintf(stderr, "zestra: unexpected arguments; see '%s'\n", help.c_str());
 }
 
 }  // namespace
@@ -100,11 +126,10 @@ int main(int argc, char** argv) {
 
   zestra_tool::TreeSettings tree;
   std::string tree_charset;
-  CLI::App* tree_command = app.add_subcommand("tree", "Print the layout tree of a page and what the ranking "
-                                                      "kept of it");
-  tree_command->add_option("input", tree.input, "A page file, or - for standard input")
-      ->required()
-      ->type_name("FILE|-");
+  CLI::App* tree_command = app.add_subcommand("tree", "Print the layout tree of pages and what the ranking "
+                                                      "kept of them");
+  tree_command->add_option("inputs", tree.inputs,
+                           "Pages, as for extract: files, directories or - for standard input (the default)");
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
   std::string tree_layout = "blocks";
   tree_command->add_option("--layout", tree_layout, "As for extract")
@@ -122,7 +147,11 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return app.exit(error);
-    std::fprintf(stderr, "zestra: %s\n", error.what());
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+      ReportExtras(app, {extract_command, tree_command});
+    } else {
+      std::fprintf(stderr, "zestra: %s\n", error.what());
+    }
     return kExitError;
   }
 

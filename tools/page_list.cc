@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -28,14 +29,14 @@ std::string WithoutPageExtension(const std::string& name) {
 }
 
 // The place of a file argument below --out-dir: its path without the root
-// and without "." and ".." steps, and without the page extension.
+// and without "." and ".." steps.
 fs::path RelativeForArgument(const std::string& argument) {
   fs::path relative;
   for (const fs::path& part : fs::path(argument).lexically_normal().relative_path()) {
     if (part != ".." && part != "." && !part.empty()) relative /= part;
   }
   if (relative.empty()) relative = "page";
-  return relative.parent_path() / WithoutPageExtension(relative.filename().string());
+  return relative;
 }
 
 PageEntry Problem(const std::string& path, const std::string& what) {
@@ -85,8 +86,7 @@ void ListDirectory(const std::string& argument, std::vector<PageEntry>& entries)
   for (fs::path& page : pages) {
     PageEntry entry;
     entry.path = page.string();
-    const fs::path below = page.lexically_relative(root);
-    entry.relative = below.parent_path() / WithoutPageExtension(below.filename().string());
+    entry.relative = page.lexically_relative(root);
     std::error_code size_error;
     entry.size = fs::file_size(page, size_error);
     if (size_error) entry.size = 0;
@@ -100,6 +100,7 @@ void ListDirectory(const std::string& argument, std::vector<PageEntry>& entries)
 bool IsPageName(const std::string& name) {
   return WithoutPageExtension(name) != name;
 }
+
 
 std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool* batch) {
   std::vector<PageEntry> entries;
@@ -129,6 +130,16 @@ std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool
     }
   }
   return entries;
+}
+
+bool ListCommandPages(std::vector<std::string> arguments, std::vector<PageEntry>* pages, bool* batch) {
+  if (arguments.empty()) arguments.push_back("-");
+  if (std::count(arguments.begin(), arguments.end(), "-") > 1) {
+    std::fprintf(stderr, "zestra: standard input ('-') can be named only once\n");
+    return false;
+  }
+  *pages = ListPages(arguments, batch);
+  return true;
 }
 
 }  // namespace zestra_tool

@@ -25,9 +25,10 @@ struct PageEntry {
   // The path as the user sees it: the argument, or the directory argument
   // joined with the path found below it; "-" for standard input.
   std::string path;
-  // Where the page's text goes under --out-dir, without extension: the path
-  // below the directory argument, or the file argument without its root
-  // and without ".." steps; "stdin" for standard input.
+  // Where the page's output goes under --out-dir, before the extension of
+  // the output is added: the path below the directory argument, or the
+  // file argument without its root and without "." and ".." steps, each
+  // with its own file name whole ("a/b.html"); "stdin" for standard input.
   std::filesystem::path relative;
   // Empty for a page; else the message of the problem ("cannot read 'x':
   // No such file or directory"), without the "zestra: " prefix.
@@ -44,6 +45,11 @@ bool IsPageName(const std::string& name);
 // arguments name more than one page or any directory: the output is then
 // one record per page instead of one text.
 std::vector<PageEntry> ListPages(const std::vector<std::string>& arguments, bool* batch);
+
+// ListPages for a command's arguments, none meaning standard input ("-").
+// Returns false, after a line on standard error, when they are wrong:
+// standard input named more than once, which cannot be read twice.
+bool ListCommandPages(std::vector<std::string> arguments, std::vector<PageEntry>* pages, bool* batch);
 
 }  // namespace zestra_tool
 

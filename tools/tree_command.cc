@@ -4,13 +4,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <new>
+#include <system_error>
 #include <string>
 #include <vector>
 
 #include "extract_command.h"
+#include "page_list.h"
 #include "page_reader.h"
 #include "zestra/api/document_tree.h"
 #include "zestra/api/layout_tuning.h"
+#include "zestra/base/memory_pool.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/k_cell.h"
 #include "zestra/model/k_cell_item.h"
@@ -188,15 +191,18 @@ class TreePrinter {
   std::vector<Frame> stack_;
 };
 
-}  // namespace
-
-int RunTree(const TreeSettings& settings) {
+// Prints the tree of one page; false, with `error` set, when it cannot be
+// read or memory runs out.
+bool PrintPageTree(const TreeSettings& settings, const std::string& path, std::string& error) {
   std::string bytes;
   std::string reason;
-  if (!ReadPage(settings.input, bytes, reason, zestra::kMaxInputBytes)) {
-    std::fprintf(stderr, "zestra: cannot read '%s': %s\n", settings.input.c_str(), reason.c_str());
-    return kExitError;
+  if (!ReadPage(path, bytes, reason, zestra::kMaxInputBytes)) {
+    error = "cannot read '" + path + "': " + reason;
+    return false;
   }
+  // A tree built while memory ran out may lack cells and texts: the page
+  // fails instead, as Extract does.
+  const uint64_t failed_requests = OrvelMem::MemoryPool::FailedRequests();
   // Extract settles the charset and the document type; the tree is then
   // built in that charset, as the extraction built it.
   zestra::Options options;
@@ -214,6 +220,7 @@ int RunTree(const TreeSettings& settings) {
   const bool links = result.type == zestra::DocumentType::kLinks;
   const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(mode);
   Selection selection(root, links, tuning.values, tuning.weights);
+  if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
   std::printf("document  words %u  link words %u  links %u  tables %u  %s  charset %s  layout %s\n",
               document.Words(), document.WordsInLinksAndImages(), document.Links(), document.Tables(),
               links ? "link document" : "content document", result.charset_name.c_str(),
@@ -221,7 +228,37 @@ int RunTree(const TreeSettings& settings) {
   std::printf("kept      %u words, %s\n", selection.CountWords(),
               links ? "the whole text" : "the cells kept in the tables that won");
   TreePrinter(root, document, *selection.Installed(), tuning.weights).Print();
-  return kExitOk;
+  return true;
+}
+
+}  // namespace
+
+int RunTree(const TreeSettings& settings) {
+  std::vector<PageEntry> pages;
+  bool batch = false;
+  if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;
+  std::size_t failures = 0;
+  for (const PageEntry& page : pages) {
+    std::string error = page.error;
+    if (batch && error.empty()) std::printf("==> %s <==\n", page.path.c_str());
+    try {
+      if (error.empty()) PrintPageTree(settings, page.path, error);
+    } catch (const std::bad_alloc&) {
+      error = "cannot build the tree of '" + page.path + "': out of memory";
+    }
+    if (batch && page.error.empty()) std::printf("\n");
+    if (!error.empty()) {
+      std::fflush(stdout);
+      std::fprintf(stderr, "zestra: %s\n", error.c_str());
+      ++failures;
+    }
+  }
+  if (std::fflush(stdout) != 0) {
+    std::fprintf(stderr, "zestra: cannot write standard output: %s\n",
+                 std::generic_category().message(errno).c_str());
+    return kExitError;
+  }
+  return failures == 0 ? kExitOk : failures < pages.size() ? kExitSomeFailed : kExitError;
 }
 
 }  // namespace zestra_tool

@@ -15,9 +15,6 @@ using StreamBuf = Orvel::BinaryStreamBufT<unsigned int>;
 // before it is delivered.
 constexpr unsigned int kWorkingBufferCapacity = 4096;
 
-// A new root table: no parent, 1 column, 3 rows, level 0.
-Orvel::SmartPtr<KTable> NewRoot() { return Orvel::SmartPtr<KTable>(new KTable(nullptr, 1, 3, 0)); }
-
 // Moves the get position of `buffer` back to its first byte.
 void Rewind(StreamBuf& buffer) {
   buffer.DiscardLookAhead();
@@ -55,14 +52,14 @@ bool ExtractToText(std::u16string& text, DocumentType* type, Build build) {
 
 // A root filled from the bytes of `in`.
 Orvel::SmartPtr<KTable> TreeFromStream(StreamBuf& in, Orvel::CHARSET charset, std::u16string* attribute_text) {
-  Orvel::SmartPtr<KTable> root = NewRoot();
+  Orvel::SmartPtr<KTable> root = NewRootTable();
   BuildTreeFromStream(in, charset, root, attribute_text);
   return root;
 }
 
 // A root filled from a parsed tree.
 Orvel::SmartPtr<KTable> TreeFromDocTree(OrvelParser::HtmlDocTree& tree, std::u16string* attribute_text) {
-  Orvel::SmartPtr<KTable> root = NewRoot();
+  Orvel::SmartPtr<KTable> root = NewRootTable();
   BuildTreeFromDocTree(tree, root, attribute_text);
   return root;
 }

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <new>
 #include <string>
 
 #include "api/extract_text.h"
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
+#include "zestra/base/memory_pool.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/charset/charset_conversion.h"
@@ -62,6 +65,12 @@ std::string Utf8(const std::u16string& units) {
 }  // namespace
 
 Result Extract(std::string_view bytes, const Options& options) {
+  // The builder, the model and the output buffer do without what the pool
+  // cannot give them (a cell, a table's grid, a text, the growth of the
+  // text): the text would come out short. Such a result is refused as a
+  // whole, with the error the parser gives when memory runs out.
+  const uint64_t failed_requests = OrvelMem::MemoryPool::FailedRequests();
+
   // The parse happens here rather than inside the builder so that the
   // charset the parser settled on can be reported; the tree built from it
   // is the one BuildTreeFromStream would build.
@@ -72,7 +81,7 @@ Result Extract(std::string_view bytes, const Options& options) {
 
   Result result;
   std::u16string title;
-  Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
+  Orvel::SmartPtr<ZestraNS::KTable> root = ZestraNS::NewRootTable();
   const ZestraNS::LayoutMode mode =
       options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
   ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
@@ -85,6 +94,7 @@ Result Extract(std::string_view bytes, const Options& options) {
     ZestraNS::ExtractText(root, text, &type, mode);
   }
   root = nullptr;  // the tree is not needed for the conversion
+  if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
 
   result.text = Utf8Text(text);
   result.title = Utf8(title);

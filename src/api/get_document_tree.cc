@@ -10,7 +10,7 @@ Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& i
 
 Orvel::SmartPtr<KTable> GetDocumentTree(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
                                         LayoutMode mode) {
-  Orvel::SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
+  Orvel::SmartPtr<KTable> root = NewRootTable();
   BuildTreeFromStream(in, charset, root, nullptr, mode);
   return root;
 }

@@ -50,8 +50,14 @@ BlockRole RoleOfId(uint32_t keyword_id) { return kRoles[keyword_id & 0xFF]; }
 
 BlockRole RoleOf(const HtmlTreeNode& node) {
   const BlockRole role = RoleOfId(node.Id());
-  if (node.Id() == K::kIdGraphics && node.Name() == "math") return BlockRole::kInline;
+  if (node.Id() == K::kIdGraphics && (node.Name() == "math" || node.Name() == "svg")) return BlockRole::kInline;
   return role;
+}
+
+bool IsSvgRoot(const HtmlTreeNode& node) { return node.Id() == K::kIdGraphics && node.Name() == "svg"; }
+
+bool IsSvgIntegrationPoint(const HtmlTreeNode& node) {
+  return node.Id() == K::kIdOther && node.Name() == "foreignobject";
 }
 
 uint32_t RoughWords(std::string_view utf8, bool& has_text) {
@@ -114,10 +120,11 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
     NodeIterator next;
     NodeIterator end;
     uint32_t record;  // the element's; kTop for the top-level list
+    bool drawing;     // the children lie in an SVG drawing, outside a foreignObject
   };
   constexpr uint32_t kTop = 0xFFFFFFFFu;
   std::vector<Frame> stack;
-  stack.push_back({top.begin(), top.end(), kTop});
+  stack.push_back({top.begin(), top.end(), kTop, false});
   while (!stack.empty()) {
     Frame& frame = stack.back();
     if (frame.next == frame.end) {
@@ -132,6 +139,11 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
     records_.emplace_back();
     BlockNodeInfo& info = records_.back();
     const BlockRole role = RoleOf(node);
+    // In a drawing only its elements are walked, to reach the HTML that a
+    // foreignObject holds: the drawing's own texts are labels of a
+    // picture, and HTML elsewhere in it (in a <desc>) is never shown.
+    const bool drawing = frame.drawing;
+    if (drawing && node.Id() != K::kIdOther && !IsSvgRoot(node)) continue;
     if (role == BlockRole::kText) {
       bool has_text = false;
       info.words_ = RoughWords(node.Utf8Text(), has_text);
@@ -144,7 +156,8 @@ BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
     if (node.Children().empty()) {
       Finish(record, node);
     } else {
-      stack.push_back({node.Children().begin(), node.Children().end(), record});
+      const bool children_drawing = IsSvgRoot(node) || (drawing && !IsSvgIntegrationPoint(node));
+      stack.push_back({node.Children().begin(), node.Children().end(), record, children_drawing});
     }
   }
   BlockCursor at{top.begin(), 0};

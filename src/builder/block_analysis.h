@@ -21,7 +21,11 @@
 //   - children a reader does not see are ignored: they neither end a run
 //     nor form a unit.
 // What a reader does not see: elements whose role is kSkip (RoleOf) and
-// elements hidden by their markup (IsHiddenElement), with all they hold.
+// elements hidden by their markup (IsHiddenElement), with all they hold;
+// inside an SVG drawing, its texts and anything else but its own elements,
+// except what an HTML integration point (IsSvgIntegrationPoint) holds,
+// which is read as any HTML is. MathML formulas are read whole, their
+// integration points (mi, mo, mn, ms, mtext, annotation-xml) included.
 // An element lays out as a block when its element is a block (paragraphs,
 // headings, divisions, sections, lists and list items, quotes, tables and
 // their parts, the document) or when it is an inline element with a child
@@ -62,9 +66,19 @@ enum class BlockRole : uint8_t {
 BlockRole RoleOfId(uint32_t keyword_id);
 
 // The role of a node: that of its keyword id, except for MathML formulas
-// (<math>, skipped with the other graphics by the tables layout), which are
-// inline text here: their tokens are words a reader sees.
+// and SVG drawings (<math> and <svg>, skipped with the other graphics by the
+// tables layout), which are inline here: a formula's tokens are words a
+// reader sees, and so is the HTML of a drawing's foreignObject (see
+// BlockAnalysis for what else of a drawing is seen).
 BlockRole RoleOf(const OrvelParser::HtmlTreeNode& node);
+
+// An <svg> element, the root of a drawing.
+bool IsSvgRoot(const OrvelParser::HtmlTreeNode& node);
+
+// An element of a drawing whose content is HTML that a reader sees: a
+// <foreignObject>. The other HTML integration points of SVG, <desc> and
+// <title>, hold descriptions and tooltips, which are not shown.
+bool IsSvgIntegrationPoint(const OrvelParser::HtmlTreeNode& node);
 
 class BlockNodeInfo {
  public:

@@ -159,7 +159,7 @@ class BlockWalk {
       flags.pre = role == BlockRole::kPre;
     }
     flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
-    flags.math = flags.math || node.Id() == OrvelParser::kIdGraphics;  // only <math> is walked into
+    flags.math = flags.math || (node.Id() == OrvelParser::kIdGraphics && !IsSvgRoot(node));  // <math>
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
     if (!info.IsBlock()) {

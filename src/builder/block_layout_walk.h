@@ -21,6 +21,8 @@
 //     everything inside them.
 //   - MathML formulas are text, with a space before every token that does
 //     not bring its own: x<sup>2</sup> in MathML reads "x 2", not "x2".
+//   - Of an SVG drawing only the HTML its foreignObjects hold is read, as
+//     HTML anywhere is; the drawing's own labels are not.
 //   - Words are counted with CountBlockWords (block_word_count.h).
 //
 // Boilerplate: the words inside an element that SignalOf marks as

@@ -1,5 +1,7 @@
 #include "builder/build_tree.h"
 
+#include <new>
+
 #include "builder/block_layout_walk.h"
 #include "builder/keyword_table.h"
 #include "builder/layout_walk.h"
@@ -27,6 +29,12 @@ void Build(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root, 
 }
 
 }  // namespace
+
+Orvel::SmartPtr<KTable> NewRootTable() {
+  Orvel::SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
+  if (!root || root->Rows() != 3) throw std::bad_alloc();
+  return root;
+}
 
 void BuildTreeFromStream(Orvel::BinaryStreamBufT<unsigned int>& in, Orvel::CHARSET charset,
                          Orvel::SmartPtr<KTable>& root, std::u16string* attribute_text, LayoutMode mode) {

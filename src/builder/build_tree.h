@@ -29,6 +29,11 @@
 
 namespace ZestraNS {
 
+// A new root table for a build: no parent, 1 column, 3 rows, level 0, every
+// slot null. Throws std::bad_alloc when the table or its grid cannot be
+// allocated, as the parser does when memory runs out: a build needs both.
+Orvel::SmartPtr<KTable> NewRootTable();
+
 // Parses the bytes `in` delivers from its get position (not rewound), in
 // `charset`, with the shared keyword table, and builds them under `root`.
 // Exceptions of the stream and the parser pass through.

@@ -20,8 +20,7 @@ bool HasParsableBytes(const HtmlDocPartitions& partition) {
 }  // namespace
 
 Orvel::SmartPtr<KTable> BuildTreeFromPartitions(const HtmlDocPartitions& partition, std::u16string* attribute_text) {
-  Orvel::SmartPtr<KTable> root(new KTable(nullptr, 1, 3, 0));
-  if (!root || root->Rows() != 3) throw std::bad_alloc();
+  Orvel::SmartPtr<KTable> root = NewRootTable();
   if (HasParsableBytes(partition)) {
     BuildTreeFromStream(*partition.stream->Buffer(), partition.charset, root, attribute_text);
   }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "charset/own_codecs.h"
+#include "zestra/base/memory_pool.h"
 #include "zestra/charset/charset_names.h"
 
 namespace OrvelDetection {
@@ -79,8 +80,10 @@ CHARSET GuessCharset(const uint8_t* data, size_t size) {
   // detector's guess means something only with more evidence.
   if (non_ascii < kMinGuessEvidence) return Orvel::UnknownCharset;
   const std::unique_ptr<uchardet, void (*)(uchardet_t)> detector(uchardet_new(), uchardet_delete);
-  if (detector == nullptr) return Orvel::UnknownCharset;
-  if (uchardet_handle_data(detector.get(), reinterpret_cast<const char*>(data), size) != 0) {
+  // The detector fails only for lack of memory; no guess then, which the
+  // pool's failure count tells the callers.
+  if (detector == nullptr || uchardet_handle_data(detector.get(), reinterpret_cast<const char*>(data), size) != 0) {
+    OrvelMem::MemoryPool::NoteFailure();
     return Orvel::UnknownCharset;
   }
   uchardet_data_end(detector.get());
@@ -104,6 +107,9 @@ int DetectCharset(Orvel::BinaryStreamBufT<unsigned int>& stream, CHARSET& charse
   try {
     bytes.resize(kGuessBytes);
   } catch (const std::bad_alloc&) {
+    // The charset falls back to the default: a result read with it may be
+    // wrong, which the pool's failure count tells its callers.
+    OrvelMem::MemoryPool::NoteFailure();
     return 1;
   }
   size_t have = 0;

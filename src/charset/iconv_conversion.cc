@@ -5,6 +5,8 @@
 
 #include <new>
 
+#include "zestra/base/memory_pool.h"
+
 namespace OrvelCharset {
 namespace {
 
@@ -130,14 +132,22 @@ class IconvFromWide final : public IconvConversion {
 
 std::unique_ptr<ConversionFunction> Open(const char* to, const char* from, bool to_wide) {
   const iconv_t cd = iconv_open(to, from);
-  if (cd == reinterpret_cast<iconv_t>(-1)) return nullptr;
+  if (cd == reinterpret_cast<iconv_t>(-1)) {
+    // Callers fall back to another charset: for lack of memory that is a
+    // failure the pool's count must tell.
+    if (errno == ENOMEM) OrvelMem::MemoryPool::NoteFailure();
+    return nullptr;
+  }
   IconvConversion* conversion = nullptr;
   if (to_wide) {
     conversion = new (std::nothrow) IconvToWide(cd);
   } else {
     conversion = new (std::nothrow) IconvFromWide(cd);
   }
-  if (conversion == nullptr) iconv_close(cd);
+  if (conversion == nullptr) {
+    iconv_close(cd);
+    OrvelMem::MemoryPool::NoteFailure();
+  }
   return std::unique_ptr<ConversionFunction>(conversion);
 }
 

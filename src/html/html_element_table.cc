@@ -158,6 +158,9 @@ constexpr HtmlElementRow kRows[] = {
     {"menuitem", kIdPhrase, 0},
     {"nextid", kIdPhrase, 0},
     {"isindex", kIdPhrase, 0},
+    // Named for the layout, which treats them as any unnamed element: the
+    // SVG element that holds HTML.
+    {"foreignobject", kIdOther, 0},
 };
 
 }  // namespace

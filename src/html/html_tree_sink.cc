@@ -53,6 +53,12 @@ SinkNode HtmlTreeSink::CreateElement(const SinkElement& element) {
     // Only the roots of SVG and MathML islands carry their own word: an SVG
     // <title> or <a> is not the document's.
     keyword = keywords_.ForTag(static_cast<unsigned>(element.tag));
+  } else if (element.tag != TagId::kTagUnknown) {
+    // Other foreign elements are kIdOther; those the element table names
+    // with kIdOther (<foreignObject>, where SVG holds HTML again) keep their
+    // element number, so that a layout can tell them.
+    const HtmlKeywordTable::Keyword named = keywords_.ForTag(static_cast<unsigned>(element.tag));
+    if ((named.word & HtmlKeywordTable::kIdMask) == kIdOther) keyword = named;
   }
   HtmlTreeNode::Entry entry = MakeNode(keyword.word, element.begin, element.end - element.begin, keyword.element);
   for (const SinkAttribute& attribute : element.attributes) AddAttribute(*entry, attribute, name_);

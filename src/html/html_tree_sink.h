@@ -4,7 +4,7 @@
 // source spans. Comments and the doctype are not kept, nor template
 // contents apart from the template element (whose content goes into the
 // element itself). Elements inside SVG and MathML get kIdOther, except the
-// <svg> and <math> roots.
+// <svg> and <math> roots; <foreignObject> keeps its element number.
 //
 // Nodes are made as the builder asks for them and linked in place: there is
 // no second tree and no conversion pass. A node the builder has taken out of

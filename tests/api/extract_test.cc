@@ -192,5 +192,38 @@ TEST(ExtractTest, SameAsBeautifyOnDevelopmentSet) {
   EXPECT_GT(pages, 100);
 }
 
+// HTML inside an SVG drawing's foreignObject, and the text of a MathML
+// formula with its HTML integration points, is text of the page in the
+// blocks layout, ranked and whole; the drawing's own labels and
+// descriptions are not. The tables layout, the reference, skips drawings
+// and formulas whole.
+TEST(ExtractTest, HtmlInsideDrawingsAndFormulasIsPageText) {
+  const std::string page =
+      "<html><body><p>Before the drawing, a paragraph of words.</p>"
+      "<svg width=400 height=200><text x=0 y=15>Axis label</text><title>Tooltip</title>"
+      "<g><desc><p>hidden description</p></desc><foreignObject width=300 height=100>"
+      "<div xmlns=\"http://www.w3.org/1999/xhtml\"><p>Words inside the foreign object, in HTML.</p>"
+      "<p>Second <b>bold</b> paragraph.</p></div></foreignObject></g>"
+      "<foreignObject>Bare text in a foreign object.</foreignObject></svg>"
+      "<math><mi>x</mi><mo>=</mo><mn>2</mn><mtext>and <b>bold</b> text</mtext>"
+      "<semantics><annotation-xml encoding=\"text/html\"><p>Annotation words</p></annotation-xml></semantics>"
+      "</math><p>After the drawing.</p></body></html>";
+  const std::string blocks =
+      "Before the drawing, a paragraph of words.\n\n"
+      "Words inside the foreign object, in HTML.\n\n"
+      "Second bold paragraph.\n\n"
+      "Bare text in a foreign object.\n\n"
+      "x = 2 and bold text\n\n"
+      "Annotation words\n\n"
+      "After the drawing.\n\n";
+  Options options;
+  EXPECT_EQ(Extract(page, options).text, blocks);
+  options.whole_text = true;
+  EXPECT_EQ(Extract(page, options).text, blocks);
+  options.layout = Layout::kTables;
+  EXPECT_EQ(Extract(page, options).text, "Before the drawing, a paragraph of words.\n\nAfter the drawing.\n\n");
+  EXPECT_EQ(Extract(page, options).text, Beautified(page).text);
+}
+
 }  // namespace
 }  // namespace zestra

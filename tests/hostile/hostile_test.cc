@@ -14,6 +14,7 @@
 #include <string>
 
 #include "hostile/hostile_case.h"
+#include "hostile/hostile_pages.h"
 #include "hostile/isolated_run.h"
 #include "zestra/base/charset.h"
 
@@ -44,16 +45,13 @@ void ExpectHostile(const std::function<void(std::string&)>& build, CHARSET chars
 // flattens everything past 512 levels, so the deepest text is still there.
 TEST(HostileTest, TwentyThousandNestedListsAreFlattened) {
   ExpectHostile(
-      [](std::string& in) { in = Repeat("<ul><li>", 20000) + "deepest item" + Repeat("</li></ul>", 20000); },
+      BuildNestedLists,
       Orvel::Utf8Charset, [](const Extraction& e) { return ExpectContains(e, u"deepest item"); });
 }
 
 TEST(HostileTest, HugeSpansAreCapped) {
   ExpectHostile(
-      [](std::string& in) {
-        in = "<table><tr><td colspan=2147483647 rowspan=99999999>wide cell</td><td>next cell</td></tr>"
-             "<tr><td>lower cell</td></tr></table>";
-      },
+      BuildHugeSpans,
       Orvel::Utf8Charset,
       [](const Extraction& e) {
         std::string failure = ExpectContains(e, u"wide cell");
@@ -64,9 +62,9 @@ TEST(HostileTest, HugeSpansAreCapped) {
 }
 
 TEST(HostileTest, FiftyMegabyteTextNode) {
-  constexpr size_t kWords = 50u << 20 >> 3;  // 8 bytes per word: 50 MiB
+  constexpr size_t kWords = kTextNodeWords;
   ExpectHostile(
-      [](std::string& in) { in = "<p>" + Repeat("abcdefg ", kWords); },
+      BuildTextNode,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         // White space runs inside a text item are kept as written; the
@@ -78,12 +76,7 @@ TEST(HostileTest, FiftyMegabyteTextNode) {
 
 TEST(HostileTest, MillionLinks) {
   ExpectHostile(
-      [](std::string& in) {
-        in.reserve(48u << 20);
-        for (int i = 0; i < 1000000; ++i) {
-          in += "<a href=\"/item/" + std::to_string(i) + "\">Item " + std::to_string(i) + "</a>\n";
-        }
-      },
+      BuildMillionLinks,
       Orvel::Utf8Charset,
       [](const Extraction& e) -> std::string {
         if (e.type != ZestraNS::LinkDocument) return "not a link document";
@@ -99,11 +92,7 @@ TEST(HostileTest, EveryByteValue) {
   for (const int32_t charset : {-1, 1201, 1252, 65001, 932, 50220, 12000}) {
     SCOPED_TRACE(charset);
     ExpectHostile(
-        [](std::string& in) {
-          std::string all(256, '\0');
-          for (int i = 0; i < 256; ++i) all[i] = static_cast<char>(i);
-          in = Repeat(all, 4096);
-        },
+        BuildEveryByteValue,
         static_cast<CHARSET>(charset), [](const Extraction&) { return std::string(); });
   }
 }
@@ -113,9 +102,7 @@ TEST(HostileTest, EveryByteValue) {
 // parse goes on.
 TEST(HostileTest, NulBytesInTagsAndText) {
   ExpectHostile(
-      [](std::string& in) {
-        in = std::string("<p cl\0ass=\"a\0b\">be\0fore</p\0><di\0v>after</div><p>tail\0</p>", 57);
-      },
+      BuildNulBytes,
       Orvel::Utf8Charset,
       [](const Extraction& e) {
         std::string failure = ExpectContains(e, u"before");
@@ -125,7 +112,7 @@ TEST(HostileTest, NulBytesInTagsAndText) {
 
 TEST(HostileTest, TruncatedMultiByteSequences) {
   // UTF-8: a three-byte sequence cut inside the text and at the end.
-  ExpectHostile([](std::string& in) { in = "<p>one \xE2\x82 two \xF0\x9F\x98"; }, Orvel::Utf8Charset,
+  ExpectHostile(BuildTruncatedUtf8, Orvel::Utf8Charset,
                 [](const Extraction& e) { return ExpectContains(e, u"one \uFFFD two \uFFFD"); });
   // Shift_JIS: a lead byte without its trail byte at the end.
   ExpectHostile([](std::string& in) { in = "<p>\x82\xa0 end \x82"; }, static_cast<CHARSET>(932),
@@ -144,10 +131,7 @@ TEST(HostileTest, TruncatedMultiByteSequences) {
 // beyond ASCII wins over the declaration when no charset is given.
 TEST(HostileTest, MetaCharsetThatLies) {
   ExpectHostile(
-      [](std::string& in) {
-        in = "<html><head><meta charset=\"shift_jis\"></head><body><p>caf\xC3\xA9 na\xC3\xAFve \xE2\x80\x94 "
-             "\xE6\x97\xA5\xE6\x9C\xAC</p></body></html>";
-      },
+      BuildLyingCharset,
       Orvel::UnknownCharset, [](const Extraction& e) { return ExpectContains(e, u"caf\u00E9 na\u00EFve \u2014 \u65E5\u672C"); });
   // A declaration of UTF-16 in a page of 8-bit bytes is read as UTF-8, as
   // browsers do.

@@ -1,5 +1,6 @@
 #include "hostile/isolated_run.h"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -52,8 +53,14 @@ bool WriteAll(int fd, const std::string& bytes) {
 }
 
 [[noreturn]] void RunChild(int fd, const std::function<uint64_t()>& prepare,
-                           const std::function<std::string()>& work) {
+                           const std::function<std::string()>& work, uint64_t address_space_headroom) {
   const uint64_t input_bytes = prepare();
+  if (address_space_headroom > 0) {
+    rlimit limit{};
+    getrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = StatusBytes("VmSize") + address_space_headroom;
+    setrlimit(RLIMIT_AS, &limit);
+  }
   const bool measured = ResetPeak();
   const uint64_t before = StatusBytes("VmRSS");
   std::string failure = work();
@@ -80,7 +87,11 @@ bool SanitizedBuild() {
 #endif
 }
 
-IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::function<std::string()>& work) {
+uint64_t AddressSpaceBytes() { return StatusBytes("VmSize"); }
+uint64_t PeakAddressSpaceBytes() { return StatusBytes("VmPeak"); }
+
+IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::function<std::string()>& work,
+                           uint64_t address_space_headroom) {
   IsolatedResult result;
   int fds[2];
   if (pipe(fds) != 0) {
@@ -95,7 +106,7 @@ IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::
   }
   if (child == 0) {
     close(fds[0]);
-    RunChild(fds[1], prepare, work);
+    RunChild(fds[1], prepare, work, address_space_headroom);
   }
   close(fds[1]);
   std::string report;

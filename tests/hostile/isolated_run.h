@@ -31,7 +31,16 @@ struct IsolatedResult {
 // returns the input's size in bytes), resets the peak resident size, runs
 // `work`, and reports. `work` returns an empty string when its checks held,
 // or a description of what failed.
-IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::function<std::string()>& work);
+// A nonzero `address_space_headroom` limits the child's address space
+// (RLIMIT_AS) to what it uses once `prepare` is done plus that many bytes,
+// so that the allocations of `work` fail beyond it.
+IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::function<std::string()>& work,
+                           uint64_t address_space_headroom = 0);
+
+// The address space the calling process uses now, and the most it has used
+// (VmSize and VmPeak), in bytes.
+uint64_t AddressSpaceBytes();
+uint64_t PeakAddressSpaceBytes();
 
 // True in a build with address or thread sanitizers, whose shadow memory,
 // red zones and quarantine make the resident size no measure of the

@@ -34,7 +34,8 @@ fs::path ScratchFolder(const std::string& name) {
   return folder;
 }
 
-ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input, const fs::path& directory) {
+ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input, const fs::path& directory,
+                uint64_t address_space_bytes) {
   // Standard streams go through files, so that no pipe can fill up while
   // the test waits.
   fs::create_directories(ZESTRA_TEST_SCRATCH);
@@ -46,7 +47,9 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
   const fs::path err_path = folder / "err";
   WriteFile(in_path, input);
 
-  std::vector<std::string> words{ZESTRA_TOOL};
+  std::vector<std::string> words;
+  if (address_space_bytes > 0) words = {"prlimit", "--as=" + std::to_string(address_space_bytes), "--"};
+  words.push_back(ZESTRA_TOOL);
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -61,7 +64,7 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
 
   ToolRun run;
   pid_t pid = 0;
-  if (posix_spawn(&pid, ZESTRA_TOOL, &actions, nullptr, argv.data(), environ) == 0) {
+  if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0) {
     int wait_status = 0;
     waitpid(pid, &wait_status, 0);
     if (WIFEXITED(wait_status)) run.status = WEXITSTATUS(wait_status);

@@ -3,6 +3,7 @@
 #ifndef ZESTRA_TESTS_TOOLS_TOOL_RUNNER_H_
 #define ZESTRA_TESTS_TOOLS_TOOL_RUNNER_H_
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,9 +17,12 @@ struct ToolRun {
 };
 
 // Runs the tool with `arguments` (not counting the program name) in
-// `directory`, feeding `input` to its standard input.
+// `directory`, feeding `input` to its standard input. A nonzero
+// `address_space_bytes` limits the tool's address space (prlimit --as), so
+// that its allocations fail beyond it.
 ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input = "",
-                const std::filesystem::path& directory = std::filesystem::current_path());
+                const std::filesystem::path& directory = std::filesystem::current_path(),
+                uint64_t address_space_bytes = 0);
 
 // The content of a file; empty when it cannot be read.
 std::string ReadFile(const std::filesystem::path& path);

@@ -60,14 +60,14 @@ TEST(ZestraToolTest, BadInputGivesOneLineAndStatusTwo) {
       {{"extract", "cut.html.gz"}, "zestra: cannot read 'cut.html.gz': compressed data cut short\n"},
       {{"extract", "junk.html.gz"}, "zestra: cannot read 'junk.html.gz': invalid compressed data\n"},
       {{"extract", "--charset", "klingon", "whole.html.gz"}, "zestra: unknown charset 'klingon'\n"},
-      {{"extract", "--bogus", "whole.html.gz"}, "zestra: The following argument was not expected: --bogus\n"},
+      {{"extract", "--bogus", "whole.html.gz"}, "zestra: unknown option '--bogus'; see 'zestra extract --help'\n"},
       {{"extract", "--jobs", "0", "whole.html.gz"}, "zestra: --jobs: Value 0 not in range 1 to 1024\n"},
       {{"extract", "--format", "xml", "whole.html.gz"},
        "zestra: --format: xml not in {text,json}\n"},
       {{"extract", "--quiet", "--progress", "whole.html.gz"}, "zestra: --quiet excludes --progress\n"},
       {{"frobnicate"}, "zestra: unknown command 'frobnicate'\n"},
       {{}, "zestra: A subcommand is required\n"},
-      {{"tree"}, "zestra: input is required\n"},
+      {{"tree", "-", "-"}, "zestra: standard input ('-') can be named only once\n"},
       {{"tree", "x.html"}, "zestra: cannot read 'x.html': No such file or directory\n"},
       {{"tree", "--charset", "klingon", "whole.html.gz"}, "zestra: unknown charset 'klingon'\n"},
   };
@@ -173,12 +173,12 @@ TEST(ZestraToolTest, OutputForms) {
   const ToolRun files = RunTool({"extract", "-q", "--out-dir", "out", "site", "site/page.html"}, "", folder);
   EXPECT_EQ(files.status, 0);
   EXPECT_EQ(files.out, "");
-  EXPECT_EQ(ReadFile(folder / "out" / "deep" / "other.txt"), text);
-  EXPECT_EQ(ReadFile(folder / "out" / "deep" / "packed.txt"), text);
-  EXPECT_EQ(ReadFile(folder / "out" / "page.txt"), text);
-  EXPECT_EQ(ReadFile(folder / "out" / "site" / "page.txt"), text);
+  EXPECT_EQ(ReadFile(folder / "out" / "deep" / "other.HTM.txt"), text);
+  EXPECT_EQ(ReadFile(folder / "out" / "deep" / "packed.html.gz.txt"), text);
+  EXPECT_EQ(ReadFile(folder / "out" / "page.html.txt"), text);
+  EXPECT_EQ(ReadFile(folder / "out" / "site" / "page.html.txt"), text);
   RunTool({"extract", "-q", "--format", "json", "-o", "out", "site/page.html"}, "", folder);
-  EXPECT_EQ(Json::parse(ReadFile(folder / "out" / "site" / "page.json"))["text"], text);
+  EXPECT_EQ(Json::parse(ReadFile(folder / "out" / "site" / "page.html.json"))["text"], text);
 
   // The whole text keeps the links; a forced charset is reported.
   const ToolRun whole = RunTool({"extract", "--whole", "--charset", "utf-8", "--format", "json", "site/page.html"},

@@ -6,11 +6,21 @@
 // and the request yields null; nothing throws. Memory from New is returned
 // with Delete; Delete(nullptr) does nothing.
 //
+// Failure accounting: much of the library copes with a null from New by
+// doing without (a cell that is not made, a text that is not kept), so a
+// result built while memory ran out can lack parts without any error. Every
+// request that yields null for lack of memory is counted, per thread, and a
+// caller that must not hand out such a result compares FailedRequests()
+// before and after its work.
+//
 // Thread-safety: all functions may be called from any thread at once.
+// FailedRequests counts the calling thread's requests only; the fault
+// injection of InjectFailure is process-wide.
 #ifndef ZESTRA_BASE_MEMORY_POOL_H_
 #define ZESTRA_BASE_MEMORY_POOL_H_
 
 #include <cstddef>
+#include <cstdint>
 
 #include "zestra/export.h"
 
@@ -26,6 +36,26 @@ class ZESTRA_EXPORT MemoryPool {
 
   // Frees memory obtained from New. REQUIRES: `p` is null or came from New.
   static void Delete(void* p) noexcept;
+
+  // The number of requests of the calling thread that yielded null for
+  // lack of memory (requests for 0 bytes do not count), plus the failures
+  // reported with NoteFailure, since the thread started. Only differences
+  // mean something.
+  static uint64_t FailedRequests() noexcept;
+
+  // Counts one failure on the calling thread: for code that caught
+  // std::bad_alloc from another allocator and did without what it could
+  // not allocate.
+  static void NoteFailure() noexcept;
+
+  // Fault injection, for tests of how callers cope with exhausted memory:
+  // the `n`-th request for a nonzero size from now on, on any thread, yields
+  // null as if memory had run out (1: the next one); the requests after it
+  // are served again. 0 cancels a pending failure. Returns how many requests
+  // the previous setting still had to go (0 when none was pending), so that
+  // setting a large n, running a piece of work and setting 0 tells how many
+  // requests the work made.
+  static uint64_t InjectFailure(uint64_t n) noexcept;
 };
 
 // PoolObject is an empty base whose class-level operators route `new` and

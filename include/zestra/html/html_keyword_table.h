@@ -8,6 +8,9 @@
 // Several elements share an id where the layout treats them alike. Elements
 // the table does not name (custom elements, unknown tags) and elements
 // inside SVG or MathML other than their <svg> and <math> roots get kIdOther.
+// Of the latter, those the table names with kIdOther (<foreignObject>, where
+// SVG holds HTML again) carry their element number, so that a layout can
+// tell them; the others have kNoElement.
 //
 // Beside the word, each element the table names has an element number
 // (ElementNumber) that tells it apart from the other elements of its id: a
