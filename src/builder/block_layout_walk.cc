@@ -138,7 +138,7 @@ class BlockWalk {
         flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
         flags.in_link = flags.pre = false;
         if (std::unique_ptr<TableCells> cells =
-                StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment())) {
+                StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment(), tables_)) {
           stack_.push_back(FillHtmlTable{std::move(cells), flags, owner});
         } else {
           DoneWithChildren(owner, walked_);
@@ -252,6 +252,7 @@ class BlockWalk {
 
   BlockAnalysis analysis_;
   const WalkedNodes walked_;
+  TableBudget tables_;  // the slots and span work of this document's tables
   std::vector<Task> stack_;
 };
 

@@ -105,7 +105,7 @@ class Walk {
         PushChildren(node, cell, t.anchor, pre);
         return;
       case NodeAction::kTable:
-        if (std::unique_ptr<TableCells> cells = StartTable(ChildrenBegin(*node), ChildrenEnd(*node), cell, treatment_)) {
+        if (std::unique_ptr<TableCells> cells = StartTable(ChildrenBegin(*node), ChildrenEnd(*node), cell, treatment_, tables_)) {
           stack_.push_back(FillTable{std::move(cells), node->Get()});
         } else {
           DoneWithChildren(node->Get(), walked_);
@@ -130,6 +130,7 @@ class Walk {
 
   const TreatmentTable& treatment_;
   const WalkedNodes walked_;
+  TableBudget tables_;  // the slots and span work of this document's tables
   std::vector<Task> stack_;
 };
 
