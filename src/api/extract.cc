@@ -8,6 +8,7 @@
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
+#include "zestra/base/memory_ceiling.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/platform/charset_conversion.h"
@@ -59,9 +60,14 @@ std::string Utf8(const std::u16string& units) {
   return text;
 }
 
-}  // namespace
+// Ends the extraction when it reached its memory ceiling: a refused
+// allocation may have been taken as nothing to add rather than as a
+// failure, and the result would be incomplete.
+void CheckCeiling(const OrvelMem::MemoryCeiling& ceiling) {
+  if (ceiling.Reached()) throw MemoryLimitExceeded(ceiling.Limit());
+}
 
-Result Extract(std::string_view bytes, const Options& options) {
+Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMem::MemoryCeiling& ceiling) {
   // The parse happens here rather than inside the builder so that the
   // charset the parser settled on can be reported; the tree built from it
   // is the one BuildTreeFromStream would build.
@@ -69,6 +75,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   OrvelFile::MemoryBuffer input(bytes.data(), size, OrvelFile::MemoryBuffer::kReadInPlace);
   OrvelParser::HtmlDocTree tree(static_cast<Orvel::CHARSET>(options.charset));
   OrvelParser::HtmlDocParser(input, ZestraNS::KeywordTable(), tree).Parse();
+  CheckCeiling(ceiling);
 
   Result result;
   std::u16string title;
@@ -76,6 +83,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   const ZestraNS::LayoutMode mode =
       options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
   ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
+  CheckCeiling(ceiling);
 
   OrvelFile::MemoryBuffer text(kTextBufferCapacity);
   ZestraNS::DocumentType type = ZestraNS::LinkDocument;
@@ -85,6 +93,7 @@ Result Extract(std::string_view bytes, const Options& options) {
     ZestraNS::ExtractText(root, text, &type, mode);
   }
   root = nullptr;  // the tree is not needed for the conversion
+  CheckCeiling(ceiling);
 
   result.text = Utf8Text(text);
   result.title = Utf8(title);
@@ -93,6 +102,21 @@ Result Extract(std::string_view bytes, const Options& options) {
   result.charset_name = CharsetName(result.charset);
   result.layout = mode == ZestraNS::LayoutMode::kTables ? Layout::kTables : Layout::kBlocks;
   return result;
+}
+
+}  // namespace
+
+Result Extract(std::string_view bytes, const Options& options) {
+  const OrvelMem::MemoryCeiling ceiling(options.max_memory);
+  try {
+    return ExtractPage(bytes, options, ceiling);
+  } catch (const MemoryLimitExceeded&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    // A refusal of the ceiling that ended the work as running out would.
+    CheckCeiling(ceiling);
+    throw;
+  }
 }
 
 int CharsetFromLabel(std::string_view label) {

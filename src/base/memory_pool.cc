@@ -1,7 +1,11 @@
 #include "zestra/base/memory_pool.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <new>
+
+#include "zestra/base/memory_ceiling.h"
 
 namespace OrvelMem {
 
@@ -10,10 +14,20 @@ void* MemoryPool::New(std::size_t size) noexcept {
   void* p = std::malloc(size);
   if (p == nullptr) {
     if (std::new_handler handler = std::get_new_handler()) handler();
+    return nullptr;
+  }
+  // Counted at the size the C library really gave, as Delete counts it back.
+  if (MemoryCeiling::Installed() && !MemoryCeiling::Take(malloc_usable_size(p))) {
+    std::free(p);
+    return nullptr;
   }
   return p;
 }
 
-void MemoryPool::Delete(void* p) noexcept { std::free(p); }
+void MemoryPool::Delete(void* p) noexcept {
+  if (p == nullptr) return;
+  if (MemoryCeiling::Installed()) MemoryCeiling::Give(malloc_usable_size(p));
+  std::free(p);
+}
 
 }  // namespace OrvelMem

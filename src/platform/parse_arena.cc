@@ -1,10 +1,13 @@
 #include "platform/parse_arena.h"
 
+#include <malloc.h>
 #include <sys/mman.h>
 
 #include <cstdlib>
 #include <limits>
 #include <new>
+
+#include "zestra/base/memory_ceiling.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZESTRA_ARENA_ASAN 1
@@ -62,9 +65,11 @@ ParseArena::ParseArena(size_t reserve_bytes) noexcept {
 ParseArena::~ParseArena() {
   while (large_ != nullptr) {
     LargeHeader* next = large_->next;
+    OrvelMem::MemoryCeiling::Give(malloc_usable_size(large_));
     std::free(large_);
     large_ = next;
   }
+  OrvelMem::MemoryCeiling::Give(chunks_in_use_ * kChunkBytes);
   if (base_ == nullptr) return;
   // Only the carved part was ever poisoned.
   ARENA_UNPOISON(base_, chunks_.size() * kChunkBytes);
@@ -148,6 +153,7 @@ void ParseArena::FreeSmall(void* p) noexcept {
   }
   if (chunk.listed) Unlink(index);
   madvise(ChunkStart(index), kChunkBytes, MADV_DONTNEED);
+  OrvelMem::MemoryCeiling::Give(kChunkBytes);
   chunk = Chunk();
   chunk.next = empty_;
   empty_ = index;
@@ -155,6 +161,9 @@ void ParseArena::FreeSmall(void* p) noexcept {
 }
 
 int32_t ParseArena::NewChunk(size_t size_class) noexcept {
+  // A chunk in use counts whole against the thread's ceiling, as its pages
+  // are soon all touched.
+  if (!OrvelMem::MemoryCeiling::Take(kChunkBytes)) return -1;
   int32_t index;
   if (empty_ >= 0) {
     index = empty_;
@@ -165,6 +174,7 @@ int32_t ParseArena::NewChunk(size_t size_class) noexcept {
     chunks_.emplace_back();  // within the capacity reserved at construction
     ARENA_POISON(ChunkStart(index), kChunkBytes);
   } else {
+    OrvelMem::MemoryCeiling::Give(kChunkBytes);
     return -1;
   }
   chunks_[index].size_class = static_cast<uint32_t>(size_class);
@@ -200,6 +210,10 @@ void* ParseArena::AllocateLarge(size_t size) noexcept {
   if (size > std::numeric_limits<size_t>::max() - sizeof(LargeHeader)) return nullptr;
   auto* header = static_cast<LargeHeader*>(std::malloc(sizeof(LargeHeader) + size));
   if (header == nullptr) return nullptr;
+  if (!OrvelMem::MemoryCeiling::Take(malloc_usable_size(header))) {
+    std::free(header);
+    return nullptr;
+  }
   header->prev = nullptr;
   header->next = large_;
   if (large_ != nullptr) large_->prev = header;
@@ -217,6 +231,7 @@ void ParseArena::FreeLarge(void* p) noexcept {
   }
   if (header->next != nullptr) header->next->prev = header->prev;
   --large_count_;
+  OrvelMem::MemoryCeiling::Give(malloc_usable_size(header));
   std::free(header);
 }
 
