@@ -113,8 +113,13 @@ class ExtractRun {
       options.charset = settings_.charset;
       options.whole_text = settings_.whole;
       options.layout = settings_.layout;
+      options.max_memory = static_cast<std::size_t>(settings_.max_memory_mib) << 20;
       outcome.result = zestra::Extract(bytes, options);
       if (!settings_.out_dir.empty()) WriteFile(page, outcome);
+    } catch (const zestra::MemoryLimitExceeded&) {
+      outcome.result = zestra::Result();
+      outcome.error = "cannot extract '" + page.path + "': it needs more than the " +
+                      std::to_string(settings_.max_memory_mib) + " MiB of --max-memory";
     } catch (const std::bad_alloc&) {
       outcome.result = zestra::Result();
       outcome.error = "cannot extract '" + page.path + "': out of memory";

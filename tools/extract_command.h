@@ -24,6 +24,9 @@ struct ExtractSettings {
   bool whole = false;
   // How the pages are laid out (zestra::Layout).
   zestra::Layout layout = zestra::Layout::kBlocks;
+  // The memory ceiling of each page's extraction in MiB
+  // (zestra::Options::max_memory); 0: none.
+  unsigned max_memory_mib = 0;
   // "text", "json", or empty: JSON Lines for a batch on standard output,
   // text otherwise.
   std::string format;

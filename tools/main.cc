@@ -106,6 +106,10 @@ int main(int argc, char** argv) {
   extract_command->add_option("--layout", extract_layout, kLayoutHelp)
       ->check(CLI::IsMember({"blocks", "tables"}))
       ->type_name("blocks|tables");
+  extract_command->add_option("--max-memory", extract.max_memory_mib,
+                              "Fail a page whose parse and trees need more than this many MiB (default 0: no "
+                              "ceiling); the other pages go on")
+      ->type_name("MIB");
   extract_command->add_option("--format", extract.format,
                               "text or json; default: text for one page, JSON Lines for several")
       ->check(CLI::IsMember({"text", "json"}))

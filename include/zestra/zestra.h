@@ -18,6 +18,7 @@
 #define ZESTRA_ZESTRA_H_
 
 #include <cstddef>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -80,6 +81,28 @@ struct Options {
   bool whole_text = false;
   // The layout the page is read with; see Layout.
   Layout layout = Layout::kBlocks;
+  // The most memory, in bytes, the extraction of the page may take for its
+  // parse and the trees it builds (zestra/base/memory_ceiling.h says what
+  // is counted); 0 sets no ceiling. Whatever the page, the extraction needs
+  // at most about 20 times its size plus a few MB (README, "Limits"); a
+  // service that runs many at once may bound each lower. A page that needs
+  // more fails with MemoryLimitExceeded, and no other page or thread is
+  // affected.
+  std::size_t max_memory = 0;
+};
+
+// Thrown by Extract when a page needs more memory than Options::max_memory
+// allows. It is a std::bad_alloc, so callers that handle running out of
+// memory handle it too.
+class ZESTRA_EXPORT MemoryLimitExceeded : public std::bad_alloc {
+ public:
+  explicit MemoryLimitExceeded(std::size_t limit) noexcept : limit_(limit) {}
+  const char* what() const noexcept override { return "the page needs more memory than max_memory allows"; }
+  // The ceiling that was reached, in bytes.
+  std::size_t Limit() const noexcept { return limit_; }
+
+ private:
+  std::size_t limit_;
 };
 
 // What Extract found. Every string is UTF-8.
@@ -106,7 +129,8 @@ struct Result {
 // Extracts the main text of the HTML document in `bytes` (at most
 // kMaxInputBytes of them are read). Any bytes are accepted: markup is
 // repaired as browsers repair it, and bytes that are invalid in the charset
-// become U+FFFD. Throws std::bad_alloc when memory runs out.
+// become U+FFFD. Throws MemoryLimitExceeded when the page needs more than
+// options.max_memory, std::bad_alloc when memory runs out.
 ZESTRA_EXPORT Result Extract(std::string_view bytes, const Options& options = {});
 
 // The code page named by `label`: a label of the WHATWG Encoding Standard

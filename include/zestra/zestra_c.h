@@ -49,7 +49,10 @@ typedef enum zestra_status {
   /* Memory ran out. Nothing was allocated. */
   ZESTRA_OUT_OF_MEMORY = 2,
   /* The library failed in a way it did not foresee. Nothing was allocated. */
-  ZESTRA_INTERNAL_ERROR = 3
+  ZESTRA_INTERNAL_ERROR = 3,
+  /* The page needed more memory than the options' max_memory allows; the
+   * extraction stopped. Nothing was allocated. */
+  ZESTRA_MEMORY_LIMIT = 4
 } zestra_status;
 
 /* What a document is made of (zestra::DocumentType in zestra.h). */
@@ -86,6 +89,12 @@ typedef struct zestra_options {
    * whose options end before this field. Any other value makes
    * zestra_extract fail with ZESTRA_INVALID_ARGUMENT. */
   int layout;
+  /* The most memory, in bytes, the extraction may take for the parse and
+   * the trees it builds (zestra::Options::max_memory); 0, the default, sets
+   * no ceiling. A page that needs more fails with ZESTRA_MEMORY_LIMIT. Read
+   * only when `size` reaches past it, so callers built with an earlier
+   * header keep the default. */
+  size_t max_memory;
 } zestra_options;
 
 /* The result of zestra_extract. Every string is UTF-8 and ends with a NUL

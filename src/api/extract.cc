@@ -11,6 +11,7 @@
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
 #include "zestra/base/memory_pool.h"
+#include "zestra/base/memory_ceiling.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/charset/charset_conversion.h"
@@ -62,9 +63,14 @@ std::string Utf8(const std::u16string& units) {
   return text;
 }
 
-}  // namespace
+// Ends the extraction when it reached its memory ceiling: a refused
+// allocation may have been taken as nothing to add rather than as a
+// failure, and the result would be incomplete.
+void CheckCeiling(const OrvelMem::MemoryCeiling& ceiling) {
+  if (ceiling.Reached()) throw MemoryLimitExceeded(ceiling.Limit());
+}
 
-Result Extract(std::string_view bytes, const Options& options) {
+Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMem::MemoryCeiling& ceiling) {
   // The builder, the model and the output buffer do without what the pool
   // cannot give them (a cell, a table's grid, a text, the growth of the
   // text): the text would come out short. Such a result is refused as a
@@ -78,6 +84,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   OrvelFile::MemoryBuffer input(bytes.data(), size, OrvelFile::MemoryBuffer::kReadInPlace);
   OrvelParser::HtmlDocTree tree(static_cast<Orvel::CHARSET>(options.charset));
   OrvelParser::HtmlDocParser(input, ZestraNS::KeywordTable(), tree).Parse();
+  CheckCeiling(ceiling);
 
   Result result;
   std::u16string title;
@@ -85,6 +92,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   const ZestraNS::LayoutMode mode =
       options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
   ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
+  CheckCeiling(ceiling);
 
   OrvelFile::MemoryBuffer text(kTextBufferCapacity);
   ZestraNS::DocumentType type = ZestraNS::LinkDocument;
@@ -95,6 +103,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   }
   root = nullptr;  // the tree is not needed for the conversion
   if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
+  CheckCeiling(ceiling);
 
   result.text = Utf8Text(text);
   result.title = Utf8(title);
@@ -103,6 +112,21 @@ Result Extract(std::string_view bytes, const Options& options) {
   result.charset_name = CharsetName(result.charset);
   result.layout = mode == ZestraNS::LayoutMode::kTables ? Layout::kTables : Layout::kBlocks;
   return result;
+}
+
+}  // namespace
+
+Result Extract(std::string_view bytes, const Options& options) {
+  const OrvelMem::MemoryCeiling ceiling(options.max_memory);
+  try {
+    return ExtractPage(bytes, options, ceiling);
+  } catch (const MemoryLimitExceeded&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    // A refusal of the ceiling that ended the work as running out would.
+    CheckCeiling(ceiling);
+    throw;
+  }
 }
 
 int CharsetFromLabel(std::string_view label) {

@@ -1,8 +1,12 @@
 #include "zestra/base/memory_pool.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
+
+#include "zestra/base/memory_ceiling.h"
 
 namespace OrvelMem {
 namespace {
@@ -32,11 +36,21 @@ void* MemoryPool::New(std::size_t size) noexcept {
   if (p == nullptr) {
     ++failed_requests;
     if (std::new_handler handler = std::get_new_handler()) handler();
+    return nullptr;
+  }
+  // Counted at the size the C library really gave, as Delete counts it back.
+  if (MemoryCeiling::Installed() && !MemoryCeiling::Take(malloc_usable_size(p))) {
+    std::free(p);
+    return nullptr;
   }
   return p;
 }
 
-void MemoryPool::Delete(void* p) noexcept { std::free(p); }
+void MemoryPool::Delete(void* p) noexcept {
+  if (p == nullptr) return;
+  if (MemoryCeiling::Installed()) MemoryCeiling::Give(malloc_usable_size(p));
+  std::free(p);
+}
 
 uint64_t MemoryPool::FailedRequests() noexcept { return failed_requests; }
 

@@ -40,6 +40,7 @@ struct Flow {
   SmartPtr<KCell> cell;
   Flags flags;
   HtmlTreeNode* owner;  // whose children these are, all of them; else null
+  NodeIterator released;  // the first walked entry not yet released
 };
 
 // A paragraph to close once an element's children are done.
@@ -56,6 +57,7 @@ struct FillBlocks {
   SmartPtr<KCell> filled;  // the cell of the unit walked last
   Flags flags;
   HtmlTreeNode* owner;  // whose children the units are
+  NodeIterator released;  // the first entry of a walked unit not yet released
 };
 
 // An HTML table whose cells are being filled.
@@ -72,10 +74,12 @@ class BlockWalk {
   BlockWalk(const HtmlTreeNode::List& top, WalkedNodes walked) : analysis_(top), walked_(walked) {}
 
   void Run(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) {
-    stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags(), nullptr});
+    stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags(), nullptr, top.begin()});
     while (!stack_.empty()) {
       Task& task = stack_.back();
       if (Flow* flow = std::get_if<Flow>(&task)) {
+        // Whatever the siblings walked so far pushed is done.
+        flow->released = DoneWithChildren(flow->owner, flow->released, flow->next.node, walked_);
         if (flow->next.node == flow->end) {
           HtmlTreeNode* owner = flow->owner;
           stack_.pop_back();
@@ -138,7 +142,7 @@ class BlockWalk {
         flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
         flags.in_link = flags.pre = false;
         if (std::unique_ptr<TableCells> cells =
-                StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment())) {
+                StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment(), tables_)) {
           stack_.push_back(FillHtmlTable{std::move(cells), flags, owner});
         } else {
           DoneWithChildren(owner, walked_);
@@ -163,7 +167,7 @@ class BlockWalk {
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
     if (!info.IsBlock()) {
-      stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner});
+      stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner, children.node});
       return;
     }
     if (!info.HasText()) {
@@ -176,7 +180,7 @@ class BlockWalk {
       return;
     }
     stack_.push_back(CloseAfter{cell});
-    stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner});
+    stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner, children.node});
   }
 
   // Read only where the words are not boilerplate already: inside a nav or
@@ -212,10 +216,12 @@ class BlockWalk {
     }
     item->Table(table);
     cell->AddTables(1);
-    stack_.push_back(FillBlocks{first, end, std::move(table), 0, nullptr, flags, owner});
+    stack_.push_back(FillBlocks{first, end, std::move(table), 0, nullptr, flags, owner, first.node});
   }
 
   void StepBlocks(FillBlocks& fill) {
+    // The units walked so far, and what lay between them, are done.
+    fill.released = DoneWithChildren(fill.owner, fill.released, fill.next.node, walked_);
     if (fill.filled) {
       CloseParagraph(*fill.filled);
       fill.filled = nullptr;
@@ -232,7 +238,7 @@ class BlockWalk {
     if (!cell) return;  // out of memory: the unit is dropped
     fill.filled = cell;
     const Flags flags = fill.flags;
-    stack_.push_back(Flow{first, last, std::move(cell), flags, nullptr});
+    stack_.push_back(Flow{first, last, std::move(cell), flags, nullptr, first.node});
   }
 
   void StepHtmlTable(FillHtmlTable& fill) {
@@ -252,6 +258,7 @@ class BlockWalk {
 
   BlockAnalysis analysis_;
   const WalkedNodes walked_;
+  TableBudget tables_;  // the slots and span work of this document's tables
   std::vector<Task> stack_;
 };
 

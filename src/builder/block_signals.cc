@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace ZestraNS {
 namespace {
@@ -172,6 +174,40 @@ bool IsBoilerplateRole(std::string_view role) {
   });
 }
 
+// The attributes the rules read, found in one pass over an element's
+// attributes, so that an element with many costs one pass and not one per
+// name. Each is the first of its name, as FindParam finds it; absent when
+// the element has none (or is a text node).
+struct BlockAttributes {
+  explicit BlockAttributes(const HtmlTreeNode& node) {
+    node.ForEachParam([this](std::string_view name, std::string_view value) {
+      std::optional<std::string_view>* slot = nullptr;
+      if (name == "hidden") {
+        slot = &hidden;
+      } else if (name == "aria-hidden") {
+        slot = &aria_hidden;
+      } else if (name == "style") {
+        slot = &style;
+      } else if (name == "class") {
+        slot = &class_names;
+      } else if (name == "id") {
+        slot = &id;
+      } else if (name == "role") {
+        slot = &role;
+      }
+      if (slot != nullptr && !*slot) *slot = value;
+      return true;
+    });
+  }
+
+  std::optional<std::string_view> hidden;
+  std::optional<std::string_view> aria_hidden;
+  std::optional<std::string_view> style;
+  std::optional<std::string_view> class_names;
+  std::optional<std::string_view> id;
+  std::optional<std::string_view> role;
+};
+
 }  // namespace
 
 bool HasClassWord(std::string_view value, ClassWords words, NameAttribute from) {
@@ -188,23 +224,22 @@ bool HasClassWord(std::string_view value, ClassWords words, NameAttribute from) 
 }
 
 bool IsHiddenElement(const HtmlTreeNode& node) {
-  if (node.IsText()) return false;
-  std::string_view value;
-  if (node.FindParam("hidden", value)) return true;
-  if (node.FindParam("aria-hidden", value) && EqualsIgnoringCase(value, "true")) return true;
-  if (node.FindParam("style", value) && StyleHides(value)) return true;
-  return node.FindParam("class", value) && HasClassWord(value, ClassWords::kHidden);
+  const BlockAttributes a(node);
+  if (a.hidden) return true;
+  if (a.aria_hidden && EqualsIgnoringCase(*a.aria_hidden, "true")) return true;
+  if (a.style && StyleHides(*a.style)) return true;
+  return a.class_names && HasClassWord(*a.class_names, ClassWords::kHidden);
 }
 
 ElementSignal SignalOf(const HtmlTreeNode& node) {
+  const BlockAttributes a(node);
   ElementSignal signal = ElementSignal::kNone;
-  std::string_view value;
-  if (node.FindParam("class", value)) signal = ValueSignal(value, NameAttribute::kClass);
+  if (a.class_names) signal = ValueSignal(*a.class_names, NameAttribute::kClass);
   if (signal == ElementSignal::kComments) return signal;
-  if (node.FindParam("id", value)) signal = std::max(signal, ValueSignal(value, NameAttribute::kId));
+  if (a.id) signal = std::max(signal, ValueSignal(*a.id, NameAttribute::kId));
   if (signal != ElementSignal::kNone) return signal;
   if (IsBoilerplateElement(node.Name())) return ElementSignal::kBoilerplate;
-  if (node.FindParam("role", value) && IsBoilerplateRole(value)) return ElementSignal::kBoilerplate;
+  if (a.role && IsBoilerplateRole(*a.role)) return ElementSignal::kBoilerplate;
   return ElementSignal::kNone;
 }
 

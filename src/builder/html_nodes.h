@@ -39,6 +39,22 @@ inline void DoneWithChildren(OrvelParser::HtmlTreeNode* owner, WalkedNodes walke
   if (owner != nullptr && walked == WalkedNodes::kRelease) owner->ReleaseChildren();
 }
 
+// Called by a walk when it is done with the children [first, last) of
+// `owner` (null: a list the walk does not own) and everything below them,
+// before it is done with all of them: their holders are emptied, so that a
+// list of a million items shrinks while it is walked. The list keeps its
+// length, so iterators into it stay valid; the emptied entries must not be
+// read again. Returns `last`, where the next call starts.
+inline NodeIterator DoneWithChildren(OrvelParser::HtmlTreeNode* owner, NodeIterator first, NodeIterator last,
+                                     WalkedNodes walked) {
+  if (owner == nullptr || walked != WalkedNodes::kRelease) return last;
+  OrvelParser::HtmlTreeNode::List& children = owner->Children();
+  const auto begin = children.begin() + (first - children.cbegin());
+  const auto end = children.begin() + (last - children.cbegin());
+  for (auto it = begin; it != end; ++it) it->Reset();
+  return last;
+}
+
 }  // namespace ZestraNS
 
 #endif  // ZESTRA_BUILDER_HTML_NODES_H_

@@ -22,6 +22,7 @@ struct SiblingRange {
   bool in_link;
   bool pre;
   OrvelParser::HtmlTreeNode* owner;  // whose children these are; null: the top level
+  NodeIterator released;              // the first walked entry not yet released
 };
 
 // A paragraph to close once an element's children are done.
@@ -42,10 +43,12 @@ class Walk {
   Walk(const TreatmentTable& treatment, WalkedNodes walked) : treatment_(treatment), walked_(walked) {}
 
   void Run(NodeIterator first, NodeIterator end, SmartPtr<KCell>& cell, bool in_link, bool pre) {
-    stack_.push_back(SiblingRange{first, end, cell, in_link, pre, nullptr});
+    stack_.push_back(SiblingRange{first, end, cell, in_link, pre, nullptr, first});
     while (!stack_.empty()) {
       Task& top = stack_.back();
       if (SiblingRange* range = std::get_if<SiblingRange>(&top)) {
+        // Whatever the siblings walked so far pushed is done.
+        range->released = DoneWithChildren(range->owner, range->released, range->next, walked_);
         if (range->next == range->end) {
           OrvelParser::HtmlTreeNode* owner = range->owner;
           stack_.pop_back();
@@ -77,7 +80,8 @@ class Walk {
  private:
   void PushChildren(NodeIterator node, const SmartPtr<KCell>& cell, bool in_link, bool pre) {
     if (!HasChildren(*node)) return;
-    stack_.push_back(SiblingRange{ChildrenBegin(*node), ChildrenEnd(*node), cell, in_link, pre, node->Get()});
+    stack_.push_back(
+        SiblingRange{ChildrenBegin(*node), ChildrenEnd(*node), cell, in_link, pre, node->Get(), ChildrenBegin(*node)});
   }
 
   void Visit(NodeIterator node, SmartPtr<KCell>& cell, bool in_link, bool pre) {
@@ -105,7 +109,7 @@ class Walk {
         PushChildren(node, cell, t.anchor, pre);
         return;
       case NodeAction::kTable:
-        if (std::unique_ptr<TableCells> cells = StartTable(ChildrenBegin(*node), ChildrenEnd(*node), cell, treatment_)) {
+        if (std::unique_ptr<TableCells> cells = StartTable(ChildrenBegin(*node), ChildrenEnd(*node), cell, treatment_, tables_)) {
           stack_.push_back(FillTable{std::move(cells), node->Get()});
         } else {
           DoneWithChildren(node->Get(), walked_);
@@ -130,6 +134,7 @@ class Walk {
 
   const TreatmentTable& treatment_;
   const WalkedNodes walked_;
+  TableBudget tables_;  // the slots and span work of this document's tables
   std::vector<Task> stack_;
 };
 

@@ -20,18 +20,18 @@ bool TableCells::Next(NodeIterator& node, SmartPtr<KCell>& cell) {
       done_ = true;
       break;
     }
-    const std::vector<GridEntry>& entries = grid_.rows[row_];
-    while (column_ < entries.size()) {
-      const std::size_t c = column_++;
-      const NodeIterator at = entries[c].node;
-      if (at == grid_.no_node || !HasChildren(*at)) continue;
-      filled_ = row_cell_ = table_->CreateCell(static_cast<uint32_t>(c), row_);
+    const GridRow& row = grid_.rows[row_];
+    while (column_ < row.cells.size()) {
+      const GridEntry& entry = row.cells[column_++];
+      const NodeIterator at = entry.node;
+      if (!HasChildren(*at)) continue;
+      filled_ = row_cell_ = table_->CreateCell(entry.column, row_);
       if (!filled_) continue;  // out of memory: the cell's content is dropped
       node = at;
       cell = filled_;
       return true;
     }
-    const std::vector<NodeIterator>& overflow = grid_.overflow[row_];
+    const std::vector<NodeIterator>& overflow = row.overflow;
     while (overflow_ < overflow.size()) {
       const NodeIterator at = overflow[overflow_++];
       if (!HasChildren(*at)) continue;
@@ -65,11 +65,11 @@ void TableCells::EndRow() {
 }
 
 std::unique_ptr<TableCells> StartTable(NodeIterator first, NodeIterator end, SmartPtr<KCell>& cell,
-                                       const TreatmentTable& treatment) {
+                                       const TreatmentTable& treatment, TableBudget& budget) {
   TableGrid grid;
   uint32_t columns = 0;
   uint32_t rows = 0;
-  if (!MeasureTableGrid(first, end, columns, rows, grid, treatment)) return nullptr;
+  if (!MeasureTableGrid(first, end, columns, rows, grid, treatment, budget)) return nullptr;
   if (static_cast<uint64_t>(columns) * rows == 0) return nullptr;
 
   KTable* parent = cell->ParentTable();

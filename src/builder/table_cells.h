@@ -12,7 +12,7 @@
 // the end of each row `last` gets a line break, and once more after the
 // last row; `last` carries over rows without content.
 //
-// Positions without a table cell node, and table cell nodes without
+// Positions without a table cell node (table_grid.h), and table cell nodes without
 // children, get no KCell: their slots stay null. Overflow cells of a row
 // (cells beyond the grid's column limit, see table_grid.h) are handed out
 // after the row's placed cells, each with the row's latest cell, or a new
@@ -55,7 +55,7 @@ class TableCells {
   TableGrid grid_;
   Orvel::SmartPtr<KTable> table_;
   uint32_t row_ = 0;
-  std::size_t column_ = 0;         // next grid position of row_
+  std::size_t column_ = 0;         // next cell of row_
   std::size_t overflow_ = 0;       // next overflow cell of row_
   Orvel::SmartPtr<KCell> filled_;  // the cell handed out last, not yet finished
   Orvel::SmartPtr<KCell> row_cell_;  // the latest cell made in row_
@@ -63,7 +63,8 @@ class TableCells {
   bool done_ = false;
 };
 
-// Measures the HTML table whose children are [first, end) and, when it has
+// Measures the HTML table whose children are [first, end), with slots and
+// span work from the document's `budget` (table_grid.h), and, when it has
 // rows and cells, appends a new table item holding a new KTable to `cell`
 // (parent: cell's table; level: that table's level + 1, or 0 without one)
 // and adds 1 to the cell's Tables. Returns the cells to fill, or null when
@@ -72,7 +73,7 @@ class TableCells {
 // stays, holding a table without slots).
 // REQUIRES: cell is not null.
 std::unique_ptr<TableCells> StartTable(NodeIterator first, NodeIterator end, Orvel::SmartPtr<KCell>& cell,
-                                       const TreatmentTable& treatment);
+                                       const TreatmentTable& treatment, TableBudget& budget);
 
 }  // namespace ZestraNS
 

@@ -62,87 +62,163 @@ uint32_t ReadSpan(NodeIterator cell, const std::string& name) {
   return parsed < 1 ? 1u : static_cast<uint32_t>(parsed);
 }
 
-// Places the cells of one row into the grid.
+// Places the cells of each row into the grid, keeping the row spans that
+// reach into the rows below as column intervals until their last row.
 class RowPlacer {
  public:
-  RowPlacer(TableGrid& grid, const TreatmentTable& treatment, const GridLimits& limits)
-      : grid_(grid),
-        treatment_(treatment),
-        limits_(limits),
-        max_columns_(std::max(1u, limits.slot_budget / static_cast<uint32_t>(grid.rows.size()))) {}
+  RowPlacer(TableGrid& grid, const TreatmentTable& treatment, const GridLimits& limits, uint64_t max_columns,
+            uint64_t span_work)
+      : grid_(grid), treatment_(treatment), limits_(limits), max_columns_(max_columns), span_work_left_(span_work) {}
 
+  // Sets up row r: drops the spans that ended above it and merges those
+  // that cover it into `covered_`. Rows are begun in order, every one.
+  void BeginRow(uint32_t r) {
+    covered_.clear();
+    uint32_t length = 0;
+    std::size_t kept = 0;
+    for (const Span& span : spans_) {
+      if (span.end_row <= r) continue;
+      spans_[kept++] = span;
+      covered_.push_back({span.begin, span.end});
+      length = std::max(length, span.end);
+    }
+    spans_.resize(kept);
+    std::sort(covered_.begin(), covered_.end());
+    std::size_t merged = 0;
+    for (const Interval& interval : covered_) {
+      if (merged > 0 && interval.begin <= covered_[merged - 1].end) {
+        covered_[merged - 1].end = std::max(covered_[merged - 1].end, interval.end);
+      } else {
+        covered_[merged++] = interval;
+      }
+    }
+    covered_.resize(merged);
+    grid_.rows[r].length = length;
+  }
+
+  // Places the cells of the row node `row` into row r, which BeginRow set up.
   void PlaceRow(uint32_t r, NodeIterator row) {
+    GridRow& placed = grid_.rows[r];
     const uint32_t row_count = static_cast<uint32_t>(grid_.rows.size());
-    uint64_t c = 0;
-    bool first = true;
+    uint64_t next = 0;  // where the search for the next free column starts
+    std::size_t k = 0;  // the first interval of covered_ that may lie at or after it
     for (NodeIterator it = ChildrenBegin(*row); it != ChildrenEnd(*row); ++it) {
       if (RoleOf(it, treatment_) != TableRole::kCell) continue;
-      c = first ? 0 : c + 1;
-      first = false;
-      std::vector<GridEntry>& entries = grid_.rows[r];
-      while (c < entries.size() && entries[c].occupied) ++c;
+      uint64_t c = next;
+      while (k < covered_.size() && covered_[k].end <= c) ++k;
+      if (k < covered_.size() && covered_[k].begin <= c) c = covered_[k++].end;
       if (c >= max_columns_) {
-        grid_.overflow[r].push_back(it);
+        placed.overflow.push_back(it);
+        next = c + 1;
         continue;
       }
       uint32_t rowspan = std::min(ReadSpan(it, RowspanAttribute()), row_count - r);
       rowspan = std::min(rowspan, limits_.max_rowspan);
       uint32_t colspan = std::min(ReadSpan(it, ColspanAttribute()), limits_.max_colspan);
       colspan = static_cast<uint32_t>(std::min<uint64_t>(colspan, max_columns_ - c));
-      const uint64_t cost = static_cast<uint64_t>(rowspan) * colspan;
-      if (cost > 1 && span_work_ + cost > limits_.span_work_budget) rowspan = colspan = 1;
-      span_work_ += static_cast<uint64_t>(rowspan) * colspan;
-      Cover(r, rowspan, static_cast<uint32_t>(c), colspan);
-      grid_.rows[r][c] = GridEntry{true, it};
+      if (rowspan > 1 && rowspan > span_work_left_) rowspan = colspan = 1;
+      span_work_left_ -= std::min<uint64_t>(rowspan, span_work_left_);
+      span_work_ += rowspan;
+      const uint32_t begin = static_cast<uint32_t>(c);
+      const uint32_t end = begin + colspan;
+      placed.length = std::max(placed.length, end);
+      if (rowspan > 1) spans_.push_back(Span{r + rowspan, begin, end});
+      placed.cells.push_back(GridEntry{begin, it});
+      next = end;
     }
   }
 
+  // The span work done: rows covered by the cells placed.
+  uint64_t SpanWork() const { return span_work_; }
+
  private:
-  void Cover(uint32_t r, uint32_t rowspan, uint32_t c, uint32_t colspan) {
-    const std::size_t right = static_cast<std::size_t>(c) + colspan;
-    for (uint32_t i = r; i < r + rowspan; ++i) {
-      std::vector<GridEntry>& entries = grid_.rows[i];
-      if (entries.size() < right) entries.resize(right, GridEntry{false, grid_.no_node});
-      for (std::size_t k = c; k < right; ++k) entries[k] = GridEntry{true, grid_.no_node};
-    }
-  }
+  struct Interval {
+    uint32_t begin;
+    uint32_t end;
+    bool operator<(const Interval& other) const { return begin < other.begin; }
+  };
+  // Columns [begin, end) covered by a cell of an earlier row down to the
+  // row before end_row.
+  struct Span {
+    uint32_t end_row;
+    uint32_t begin;
+    uint32_t end;
+  };
 
   TableGrid& grid_;
   const TreatmentTable& treatment_;
   const GridLimits& limits_;
-  const uint32_t max_columns_;
+  const uint64_t max_columns_;
+  uint64_t span_work_left_;
   uint64_t span_work_ = 0;
+  std::vector<Span> spans_;
+  std::vector<Interval> covered_;  // of the current row: sorted, disjoint, not touching
 };
 
 }  // namespace
 
+uint64_t TableBudget::SlotsFor(uint64_t elements) const {
+  return std::min<uint64_t>(limits_.slot_budget, limits_.slots_per_element * elements + slots_);
+}
+
+void TableBudget::TakeSlots(uint64_t elements, uint64_t slots) {
+  const uint64_t granted = limits_.slots_per_element * elements;
+  if (slots > granted) slots_ -= std::min(slots_, slots - granted);
+}
+
+uint64_t TableBudget::SpanWorkFor(uint64_t elements) const {
+  return std::min<uint64_t>(limits_.span_work_budget, limits_.span_work_per_element * elements + span_work_);
+}
+
+void TableBudget::TakeSpanWork(uint64_t elements, uint64_t work) {
+  const uint64_t granted = limits_.span_work_per_element * elements;
+  if (work > granted) span_work_ -= std::min(span_work_, work - granted);
+}
+
 bool MeasureTableGrid(NodeIterator first, NodeIterator end, uint32_t& columns, uint32_t& rows,
-                      TableGrid& grid, const TreatmentTable& treatment, const GridLimits& limits) {
+                      TableGrid& grid, const TreatmentTable& treatment, TableBudget& budget) {
   grid.no_node = end;
   grid.rows.clear();
-  grid.overflow.clear();
   grid.columns = 0;
   columns = 0;
   rows = 0;
 
   uint32_t row_count = 0;
-  ForEachRow(first, end, false, treatment, [&](NodeIterator) { ++row_count; });
+  uint64_t elements = 0;  // rows and cells: what the budget grants by
+  ForEachRow(first, end, false, treatment, [&](NodeIterator row) {
+    ++row_count;
+    ++elements;
+    for (NodeIterator it = ChildrenBegin(*row); it != ChildrenEnd(*row); ++it) {
+      if (RoleOf(it, treatment) == TableRole::kCell) ++elements;
+    }
+  });
   if (row_count == 0) return false;
   grid.rows.resize(row_count);
-  grid.overflow.resize(row_count);
 
-  RowPlacer placer(grid, treatment, limits);
+  const uint64_t max_columns = std::max<uint64_t>(1, budget.SlotsFor(elements) / row_count);
+  RowPlacer placer(grid, treatment, budget.Limits(), max_columns, budget.SpanWorkFor(elements));
   uint32_t r = 0;
   // The second pass meets at most the rows of the first (it skips the rows
   // of all but the last footer group), so r stays below row_count.
-  ForEachRow(first, end, true, treatment, [&](NodeIterator row) { placer.PlaceRow(r++, row); });
+  ForEachRow(first, end, true, treatment, [&](NodeIterator row) {
+    placer.BeginRow(r);
+    placer.PlaceRow(r++, row);
+  });
+  // Rows left empty may still be covered by spans from above.
+  while (r < row_count) placer.BeginRow(r++);
 
-  for (const std::vector<GridEntry>& entries : grid.rows) {
-    grid.columns = std::max(grid.columns, static_cast<uint32_t>(entries.size()));
-  }
+  for (const GridRow& row : grid.rows) grid.columns = std::max(grid.columns, row.length);
+  budget.TakeSlots(elements, static_cast<uint64_t>(grid.columns) * row_count);
+  budget.TakeSpanWork(elements, placer.SpanWork());
   columns = grid.columns;
   rows = row_count;
   return true;
+}
+
+bool MeasureTableGrid(NodeIterator first, NodeIterator end, uint32_t& columns, uint32_t& rows,
+                      TableGrid& grid, const TreatmentTable& treatment, const GridLimits& limits) {
+  TableBudget budget(limits);
+  return MeasureTableGrid(first, end, columns, rows, grid, treatment, budget);
 }
 
 }  // namespace ZestraNS

@@ -67,18 +67,14 @@ void HtmlTreeNode::GetParam(const std::string& name, std::string& value) const {
 }
 
 bool HtmlTreeNode::FindParam(std::string_view name, std::string_view& value) const {
-  if (IsText()) return false;
-  std::string_view rest = payload_;
-  while (!rest.empty()) {
-    const size_t name_end = rest.find('\0');
-    const size_t value_end = rest.find('\0', name_end + 1);
-    if (rest.substr(0, name_end) == name) {
-      value = rest.substr(name_end + 1, value_end - name_end - 1);
-      return true;
-    }
-    rest.remove_prefix(value_end + 1);
-  }
-  return false;
+  bool found = false;
+  ForEachParam([&](std::string_view attribute, std::string_view attribute_value) {
+    if (attribute != name) return true;
+    value = attribute_value;
+    found = true;
+    return false;
+  });
+  return found;
 }
 
 void HtmlTreeNode::AddParam(std::string_view name, std::string_view value) {

@@ -132,6 +132,24 @@ TEST(CApiTest, LayoutOption) {
   }
 }
 
+// max_memory: a page over it fails with ZESTRA_MEMORY_LIMIT and no result;
+// options that end before the field keep the default, no ceiling.
+TEST(CApiTest, MemoryCeiling) {
+  std::string page = "<p>";
+  for (int i = 0; i < 5000; ++i) page += "<b>word</b> ";
+  zestra_options options;
+  zestra_options_init(&options);
+  EXPECT_EQ(options.max_memory, 0u);
+  options.max_memory = 4096;
+  zestra_result* result = reinterpret_cast<zestra_result*>(0x1);
+  EXPECT_EQ(zestra_extract(page.data(), page.size(), &options, &result), ZESTRA_MEMORY_LIMIT);
+  EXPECT_EQ(result, nullptr);
+  options.size = offsetof(zestra_options, max_memory);
+  ASSERT_EQ(zestra_extract(page.data(), page.size(), &options, &result), ZESTRA_OK);
+  EXPECT_GT(result->text_size, 5000u);
+  zestra_result_free(result);
+}
+
 TEST(CApiTest, LabelsAndVersion) {
   EXPECT_EQ(zestra_charset_from_label("latin1"), 1252);
   EXPECT_EQ(zestra_charset_from_label("65001"), 65001);

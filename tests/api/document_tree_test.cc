@@ -398,7 +398,8 @@ TEST(DocumentTreeTest, SpanLimits) {
   EXPECT_FALSE(table.GetCell(1, 65534));
 
   // A grid beyond the slot budget (100 rows of 1,000 cells spanning 1,000
-  // columns each) is clamped to 1 << 22 slots, and no cell's text is lost.
+  // columns each) is clamped to 4 slots per row and cell plus the 1 << 18
+  // a document's tables share, and no cell's text is lost.
   std::string huge = "<table>";
   for (int r = 0; r < 100; ++r) {
     huge += "<tr>";
@@ -408,7 +409,7 @@ TEST(DocumentTreeTest, SpanLimits) {
   SmartPtr<KTable> clamped = TreeOf(huge);
   const KTable& grid = *(*clamped->GetCell(0, 1)->Begin())->Table();
   EXPECT_EQ(grid.Rows(), 100u);
-  EXPECT_EQ(grid.Cols(), (1u << 22) / 100);
+  EXPECT_EQ(grid.Cols(), (4u * (100 + 100 * 1000) + (1u << 18)) / 100);
   EXPECT_EQ(TotalsOf(*clamped).Words(), 100u * 1000u);
   CheckInvariants(*clamped);
 }

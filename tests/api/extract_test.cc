@@ -166,6 +166,34 @@ TEST(ExtractTest, LayoutNames) {
   EXPECT_EQ(Options().layout, Layout::kBlocks);
 }
 
+// A page that needs more than its ceiling fails with MemoryLimitExceeded,
+// in both layouts, wherever the ceiling falls (parse or trees); a ceiling
+// it fits under changes nothing, and the next page on the thread is free.
+TEST(ExtractTest, MemoryCeilingFailsThePageAlone) {
+  std::string page = "<ul>";
+  for (int i = 0; i < 20000; ++i) page += "<li>item " + std::to_string(i) + "</li>";
+  for (const Layout layout : {Layout::kTables, Layout::kBlocks}) {
+    Options options;
+    options.layout = layout;
+    const Result free = Extract(page, options);
+    ASSERT_FALSE(free.text.empty());
+    for (const std::size_t ceiling : {std::size_t{1}, std::size_t{64} << 10, std::size_t{1} << 20}) {
+      options.max_memory = ceiling;
+      try {
+        Extract(page, options);
+        ADD_FAILURE() << "no failure under a ceiling of " << ceiling;
+      } catch (const MemoryLimitExceeded& error) {
+        EXPECT_EQ(error.Limit(), ceiling);
+        EXPECT_STREQ(error.what(), "the page needs more memory than max_memory allows");
+      }
+    }
+    options.max_memory = std::size_t{1} << 30;
+    EXPECT_EQ(Extract(page, options).text, free.text);
+    options.max_memory = 0;
+    EXPECT_EQ(Extract(page, options).text, free.text);
+  }
+}
+
 TEST(ExtractTest, VersionIsTheProjectVersion) {
   EXPECT_STREQ(Version(), ZESTRA_PROJECT_VERSION);
 }

@@ -4,10 +4,12 @@
 #include <new>
 #include <thread>
 
+#include "zestra/base/memory_ceiling.h"
 #include "zestra/base/memory_pool.h"
 
 namespace {
 
+using OrvelMem::MemoryCeiling;
 using OrvelMem::MemoryPool;
 
 TEST(MemoryPoolTest, ZeroBytesIsNullAndDeleteOfNullIsHarmless) {
@@ -65,5 +67,41 @@ TEST(MemoryPoolTest, ExhaustionCallsTheNewHandlerOnceAndYieldsNull) {
   EXPECT_EQ(handler_calls, 1);
 }
 #endif
+
+// A ceiling counts what the pool hands out on its thread and gets back,
+// refuses a request that would pass it (or an outer ceiling), and is gone
+// with its scope.
+TEST(MemoryPoolTest, CeilingCountsAndRefuses) {
+  {
+    MemoryCeiling outer(1 << 20);
+    void* a = MemoryPool::New(100 << 10);
+    ASSERT_NE(a, nullptr);
+    EXPECT_GE(outer.Peak(), 100u << 10);
+    {
+      MemoryCeiling inner(64 << 10);
+      EXPECT_EQ(MemoryPool::New(80 << 10), nullptr);  // passes the inner
+      EXPECT_TRUE(inner.Reached());
+      void* b = MemoryPool::New(32 << 10);
+      ASSERT_NE(b, nullptr);
+      EXPECT_GE(inner.Peak(), 32u << 10);
+      MemoryPool::Delete(b);
+    }
+    EXPECT_FALSE(outer.Reached());
+    EXPECT_EQ(MemoryPool::New(2 << 20), nullptr);  // passes the outer
+    EXPECT_TRUE(outer.Reached());
+    MemoryPool::Delete(a);
+    // What came back is free again.
+    void* c = MemoryPool::New(900 << 10);
+    EXPECT_NE(c, nullptr);
+    MemoryPool::Delete(c);
+    EXPECT_LT(outer.Peak(), 1u << 20);
+  }
+  // No ceiling: nothing is refused, and a ceiling of 0 installs none.
+  MemoryCeiling none(0);
+  void* d = MemoryPool::New(2 << 20);
+  EXPECT_NE(d, nullptr);
+  EXPECT_FALSE(none.Reached());
+  MemoryPool::Delete(d);
+}
 
 }  // namespace

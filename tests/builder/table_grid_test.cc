@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,29 +29,32 @@ Node Td(const std::string& label, const std::string& rowspan = "", const std::st
 }
 Node Tr(NodeList cells) { return El(kIdTr, std::move(cells)); }
 
-// The grid as text: per row, each entry as the label of the cell that
-// begins there, "+" for a covered entry without a node, "." for padding.
-// Overflow cells follow a "|".
+std::string Label(NodeIterator cell) {
+  std::u16string label;
+  (*cell)->GetText(label);
+  return std::string(label.begin(), label.end());
+}
+
+// The grid as text: per row, each position as the label of the cell that
+// begins there, or "+" for a position without a node (covered by a span
+// or padding) up to the row's length. Overflow cells follow a "|".
 std::string Picture(const TableGrid& grid) {
   std::string out;
-  for (std::size_t r = 0; r < grid.rows.size(); ++r) {
-    for (const GridEntry& entry : grid.rows[r]) {
-      if (entry.node != grid.no_node) {
-        std::u16string label;
-        (*entry.node)->GetText(label);
-        out += std::string(label.begin(), label.end());
-        if (!entry.occupied) out += "!";
+  for (const GridRow& row : grid.rows) {
+    std::size_t next = 0;
+    uint32_t column = 0;
+    for (; column < row.length; ++column) {
+      if (next < row.cells.size() && row.cells[next].column == column) {
+        EXPECT_NE(row.cells[next].node, grid.no_node);
+        out += Label(row.cells[next++].node);
       } else {
-        out += entry.occupied ? "+" : ".";
+        out += "+";
       }
     }
-    if (!grid.overflow[r].empty()) {
+    EXPECT_EQ(next, row.cells.size()) << "cells out of order or beyond the row's length";
+    if (!row.overflow.empty()) {
       out += "|";
-      for (NodeIterator it : grid.overflow[r]) {
-        std::u16string label;
-        (*it)->GetText(label);
-        out += std::string(label.begin(), label.end());
-      }
+      for (NodeIterator it : row.overflow) out += Label(it);
     }
     out += "\n";
   }
@@ -178,11 +184,88 @@ TEST(TableGridTest, LimitsClampTheGrid) {
 
 TEST(TableGridTest, SpanWorkBudgetFallsBackToSingleCells) {
   GridLimits limits;
-  limits.span_work_budget = 10;
-  // A costs 3 x 3 = 9; B would cost 2 more and spans nothing; single
-  // cells cost 1 each and are always placed.
-  const NodeList table = {Tr({Td("A", "3", "3"), Td("B", "2", "1"), Td("C")}), Tr({Td("D")}), Tr({Td("E")})};
+  limits.span_work_budget = 4;
+  // A covers 3 rows, a cost of 3; B would cost 2 more and spans nothing;
+  // single cells cost 1 each and are always placed.
+  const NodeList table = {Tr({Td("A", "3", "3"), Td("B", "2", "2"), Td("C")}), Tr({Td("D")}), Tr({Td("E")})};
   EXPECT_EQ(Measure(table, limits).picture, "A++BC\n+++D\n+++E\n");
+}
+
+// The tables of one document share one budget beyond their own grants:
+// once the first has spent it, the next holds no more than its grant.
+TEST(TableGridTest, DocumentBudgetIsShared) {
+  GridLimits limits;
+  limits.slots_per_element = 1;
+  limits.shared_slots = 10;
+  limits.span_work_per_element = 0;
+  limits.shared_span_work = 4;
+  auto budget = std::make_unique<TableBudget>(limits);
+  auto measure = [&budget](const NodeList& table) {
+    TableGrid grid;
+    uint32_t columns = 0;
+    uint32_t rows = 0;
+    EXPECT_TRUE(MeasureTableGrid(table.begin(), table.end(), columns, rows, grid, TablesLayoutTreatment(), *budget));
+    return Picture(grid);
+  };
+  // A row and two cells: 3 slots of its own and the 10 shared.
+  const NodeList wide = {Tr({Td("A", "", "13"), Td("B")})};
+  EXPECT_EQ(measure(wide), "A++++++++++++|B\n");
+  EXPECT_EQ(measure(wide), "A++|B\n");
+  // Span work: 3 + 1 of the 4 shared units for the first table; the row
+  // span of the second finds none left.
+  budget = std::make_unique<TableBudget>(limits);
+  const NodeList tall = {Tr({Td("A", "3")}), Tr({Td("B")}), Tr({Td("C")})};
+  EXPECT_EQ(measure(tall), "A\n+B\n+C\n");
+  EXPECT_EQ(measure(tall), "A\nB\nC\n");
+}
+
+// The grid holds only the cells that begin in it: the positions follow the
+// rules as a grid of every position would, checked against one over random
+// tables of overlapping spans.
+TEST(TableGridTest, SparseGridMatchesEveryPositionGrid) {
+  const char* const row_spans[] = {"", "0", "1", "2", "3", "9"};
+  const char* const col_spans[] = {"", "1", "2", "3"};
+  uint32_t seed = 12345;
+  auto random = [&seed](uint32_t n) {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 16) % n;
+  };
+  for (int round = 0; round < 300; ++round) {
+    NodeList table;
+    // Every position: the label of the cell beginning there, "+" when
+    // covered, "." when padding.
+    std::vector<std::string> dense;
+    const uint32_t row_count = 1 + random(6);
+    dense.resize(row_count);
+    for (uint32_t r = 0; r < row_count; ++r) {
+      NodeList cells;
+      const uint32_t cell_count = random(5);
+      size_t c = 0;
+      for (uint32_t i = 0; i < cell_count; ++i) {
+        const std::string rowspan = row_spans[random(6)];
+        const std::string colspan = col_spans[random(4)];
+        const std::string label(1, static_cast<char>('a' + (r * 5 + i) % 26));
+        cells.push_back(Td(label, rowspan, colspan));
+        c = i == 0 ? 0 : c + 1;
+        while (c < dense[r].size() && dense[r][c] != '.') ++c;
+        const int rs = std::max(1, std::atoi(rowspan.c_str()));
+        const uint32_t rows_covered = std::min<uint32_t>(rs, row_count - r);
+        const size_t cols_covered = std::max(1, std::atoi(colspan.c_str()));
+        for (uint32_t k = r; k < r + rows_covered; ++k) {
+          if (dense[k].size() < c + cols_covered) dense[k].resize(c + cols_covered, '.');
+          for (size_t j = c; j < c + cols_covered; ++j) dense[k][j] = '+';
+        }
+        dense[r][c] = label[0];
+      }
+      table.push_back(Tr(std::move(cells)));
+    }
+    std::string expected;
+    for (std::string& row : dense) {
+      for (char& position : row) position = position == '.' ? '+' : position;
+      expected += row + "\n";
+    }
+    EXPECT_EQ(Measure(table).picture, expected) << "round " << round;
+  }
 }
 
 TEST(TableGridTest, CellsWithoutChildrenStillTakeTheirPlace) {
@@ -191,10 +274,12 @@ TEST(TableGridTest, CellsWithoutChildrenStillTakeTheirPlace) {
   uint32_t columns = 0;
   uint32_t rows = 0;
   ASSERT_TRUE(MeasureTableGrid(table.begin(), table.end(), columns, rows, grid));
-  ASSERT_EQ(grid.rows[0].size(), 2u);
-  EXPECT_TRUE(grid.rows[0][0].occupied);
-  EXPECT_EQ(grid.rows[0][0].node, table[0]->Children().begin());
-  EXPECT_EQ(grid.rows[0][1].node, table[0]->Children().begin() + 1);
+  ASSERT_EQ(grid.rows[0].cells.size(), 2u);
+  EXPECT_EQ(grid.rows[0].length, 2u);
+  EXPECT_EQ(grid.rows[0].cells[0].column, 0u);
+  EXPECT_EQ(grid.rows[0].cells[0].node, table[0]->Children().begin());
+  EXPECT_EQ(grid.rows[0].cells[1].column, 1u);
+  EXPECT_EQ(grid.rows[0].cells[1].node, table[0]->Children().begin() + 1);
 }
 
 }  // namespace

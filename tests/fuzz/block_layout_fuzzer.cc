@@ -2,7 +2,11 @@
 // (fuzz_input.h); the whole input is the document. Its blocks tree must be
 // consistent (link words within words, every table listed and held), and
 // the ranked and the whole extraction must run to the end; the ranked text
-// holds no more words than the whole text.
+// holds no more words than the whole text. Under a memory ceiling that the
+// last byte picks (16 KiB to 1 MiB, so that every allocation the pages
+// make is refused somewhere), the ranked extraction either gives the same
+// text or fails with MemoryLimitExceeded: a refused allocation never
+// crashes and never changes the result silently.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -53,5 +57,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const zestra::Result whole = zestra::Extract(bytes, options);
   Check(ranked.layout == zestra::Layout::kBlocks && whole.layout == zestra::Layout::kBlocks);
   Check(Words(ranked.text) <= Words(whole.text));
+
+  options.whole_text = false;
+  options.max_memory = (1 + data[size - 1] % 64) * std::size_t{16} << 10;
+  try {
+    Check(zestra::Extract(bytes, options).text == ranked.text);
+  } catch (const zestra::MemoryLimitExceeded& error) {
+    Check(error.Limit() == options.max_memory);
+  }
   return 0;
 }

@@ -52,6 +52,14 @@ bool WriteAll(int fd, const std::string& bytes) {
   return true;
 }
 
+// Processor time this process has used, user and system, in seconds.
+double ProcessorSeconds() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+         static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
 [[noreturn]] void RunChild(int fd, const std::function<uint64_t()>& prepare,
                            const std::function<std::string()>& work, uint64_t address_space_headroom) {
   const uint64_t input_bytes = prepare();
@@ -63,11 +71,14 @@ bool WriteAll(int fd, const std::string& bytes) {
   }
   const bool measured = ResetPeak();
   const uint64_t before = StatusBytes("VmRSS");
+  const double started = ProcessorSeconds();
   std::string failure = work();
+  const double seconds = ProcessorSeconds() - started;
   const uint64_t peak = StatusBytes("VmHWM");
-  // Report: "<measured> <peak bytes> <input bytes>\n<failure>".
+  // Report: "<measured> <peak bytes> <input bytes> <seconds>\n<failure>".
   std::ostringstream report;
-  report << (measured ? 1 : 0) << ' ' << (peak > before ? peak - before : 0) << ' ' << input_bytes << '\n'
+  report << (measured ? 1 : 0) << ' ' << (peak > before ? peak - before : 0) << ' ' << input_bytes << ' '
+         << seconds << '\n'
          << failure;
   int status = WriteAll(fd, report.str()) ? 0 : 2;
 #ifdef ZESTRA_HOSTILE_LEAK_CHECK
@@ -119,7 +130,7 @@ IsolatedResult RunIsolated(const std::function<uint64_t()>& prepare, const std::
   result.exited_cleanly = WIFEXITED(status) && WEXITSTATUS(status) == 0;
   std::istringstream parsed(report);
   int measured = 0;
-  parsed >> measured >> result.peak_bytes >> result.input_bytes;
+  parsed >> measured >> result.peak_bytes >> result.input_bytes >> result.work_seconds;
   parsed.ignore(1);
   std::getline(parsed, result.failure, '\0');
   result.memory_measured = measured == 1;

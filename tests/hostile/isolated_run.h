@@ -25,11 +25,13 @@ struct IsolatedResult {
   bool memory_measured = false;
   // What `prepare` returned: the size of the input it built.
   uint64_t input_bytes = 0;
+  // Processor time of the work (user and system), in seconds.
+  double work_seconds = 0;
 };
 
 // In a child process: runs `prepare` (building the input, not measured; it
 // returns the input's size in bytes), resets the peak resident size, runs
-// `work`, and reports. `work` returns an empty string when its checks held,
+// `work`, and reports, with the processor time `work` took. `work` returns an empty string when its checks held,
 // or a description of what failed.
 // A nonzero `address_space_headroom` limits the child's address space
 // (RLIMIT_AS) to what it uses once `prepare` is done plus that many bytes,

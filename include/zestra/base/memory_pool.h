@@ -4,7 +4,9 @@
 // Contract: a request for 0 bytes yields null. When memory cannot be had,
 // the installed new-handler (std::get_new_handler), if any, is called once
 // and the request yields null; nothing throws. Memory from New is returned
-// with Delete; Delete(nullptr) does nothing.
+// with Delete; Delete(nullptr) does nothing. A request that would pass the
+// MemoryCeiling installed on the calling thread yields null as well
+// (without the new-handler; see memory_ceiling.h).
 //
 // Failure accounting: much of the library copes with a null from New by
 // doing without (a cell that is not made, a text that is not kept), so a

@@ -101,6 +101,22 @@ class ZESTRA_EXPORT HtmlTreeNode : public OrvelMem::PoolObject {
   // GetParam this tells an absent attribute from an empty one (`hidden`).
   bool FindParam(std::string_view name, std::string_view& value) const;
 
+  // Calls `visit(name, value)` for each attribute, in order, with views
+  // valid until the node changes or goes; it returns whether to go on. For
+  // readers of several names, which then pass over the attributes once
+  // rather than once per name.
+  template <class Visit>
+  void ForEachParam(Visit&& visit) const {
+    if (IsText()) return;
+    std::string_view rest = payload_;
+    while (!rest.empty()) {
+      const size_t name_end = rest.find('\0');
+      const size_t value_end = rest.find('\0', name_end + 1);
+      if (!visit(rest.substr(0, name_end), rest.substr(name_end + 1, value_end - name_end - 1))) return;
+      rest.remove_prefix(value_end + 1);
+    }
+  }
+
   // Building. REQUIRES (SetText): IsText(). REQUIRES (AddParam): !IsText();
   // an attribute whose name or value holds a NUL character is not kept.
   void SetText(std::string_view utf8) { payload_.assign(utf8); }
