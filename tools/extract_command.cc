@@ -14,6 +14,7 @@
 #include "page_list.h"
 #include "page_reader.h"
 #include "progress.h"
+#include "warc_extract.h"
 #include "zestra/zestra.h"
 
 namespace zestra_tool {
@@ -167,6 +168,7 @@ class ExtractRun {
 }  // namespace
 
 int RunExtract(const ExtractSettings& settings) {
+  if (IsWarcRun(settings)) return RunWarcExtract(settings);
   bool batch = false;
   std::vector<std::string> inputs = settings.inputs;
   if (inputs.empty()) inputs.push_back("-");

@@ -11,6 +11,7 @@
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/platform/charset_conversion.h"
+#include "zestra/platform/charset_detection.h"
 #include "zestra/platform/charset_names.h"
 #include "zestra/platform/html_doc_parser.h"
 #include "zestra/platform/html_doc_tree.h"
@@ -59,6 +60,23 @@ std::string Utf8(const std::u16string& units) {
   return text;
 }
 
+// The charset the parser is given: the caller's, else the transport
+// charset unless the bytes tell their own charset before a declaration
+// would (a byte-order mark, unmarked 16-bit text, non-ASCII UTF-8), else
+// none, for the parser to sniff.
+Orvel::CHARSET ReadingCharset(std::string_view bytes, const Options& options) {
+  const auto given = static_cast<Orvel::CHARSET>(options.charset);
+  const auto transport = static_cast<Orvel::CHARSET>(options.transport_charset);
+  if (options.charset != kSniffCharset || !OrvelCharset::IsSupportedCharset(transport)) return given;
+  const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+  if (OrvelDetection::DetectByteOrderMark(data, bytes.size()).charset != Orvel::UnknownCharset ||
+      OrvelDetection::DetectUnmarkedUtf16(data, bytes.size()) != Orvel::UnknownCharset ||
+      OrvelDetection::IsNonAsciiUtf8(data, bytes.size())) {
+    return given;
+  }
+  return transport;
+}
+
 }  // namespace
 
 Result Extract(std::string_view bytes, const Options& options) {
@@ -67,7 +85,7 @@ Result Extract(std::string_view bytes, const Options& options) {
   // is the one BuildTreeFromStream would build.
   const unsigned int size = static_cast<unsigned int>(std::min(bytes.size(), kMaxInputBytes));
   OrvelFile::MemoryBuffer input(bytes.data(), size, OrvelFile::MemoryBuffer::kReadInPlace);
-  OrvelParser::HtmlDocTree tree(static_cast<Orvel::CHARSET>(options.charset));
+  OrvelParser::HtmlDocTree tree(ReadingCharset(bytes.substr(0, size), options));
   OrvelParser::HtmlDocParser(input, ZestraNS::KeywordTable(), tree).Parse();
 
   Result result;
