@@ -156,8 +156,11 @@ class ZESTRA_EXPORT WarcReader {
   bool Next(WarcRecord* record);
 
   // Empty while the archive reads well and after a clean end; else one
-  // line naming the archive, the problem and the byte offset of the record
-  // it was found in: "crawl.warc.gz: truncated record at byte 10240".
+  // line naming the archive, the byte offset of the record (see
+  // WarcRecord::offset; for gzip also the uncompressed one) and the
+  // problem: "crawl.warc.gz: record at byte 10240 (byte 81920
+  // uncompressed): compressed data cut short", "crawl.warc: record at byte
+  // 0: not a WARC record".
   const std::string& Error() const;
 
   // The counts so far.

@@ -33,7 +33,8 @@ class WarcReader::Impl {
   Outcome ReadRecord(WarcRecord* record);
   // Reads header fields up to an empty line, at most `max` bytes, into
   // `headers`. False, with the error set, when they do not end in time.
-  bool ReadHeaders(std::size_t max, WarcHeaders* headers, std::uint64_t* used);
+  // `too_long` is the problem reported when they do not.
+  bool ReadHeaders(std::size_t max, const std::string& too_long, WarcHeaders* headers, std::uint64_t* used);
   // Reads `size` bytes of the block and drops them.
   bool SkipBlock(std::uint64_t size);
   // Reads the two line ends that close a record.
@@ -56,19 +57,15 @@ class WarcReader::Impl {
 
 bool WarcReader::Impl::Fail(const std::string& problem) {
   done_ = true;
-  if (!input_.Error().empty()) {
-    error_ = name_ + ": " + input_.Error();
-  } else {
-    error_ = name_ + ": " + problem;
-  }
-  error_ += " in the record at byte " + std::to_string(input_.FileOffset(record_start_));
-  if (input_.Compressed()) {
-    error_ += " (byte " + std::to_string(record_start_) + " uncompressed)";
-  }
+  error_ = name_ + ": record at byte " + std::to_string(input_.FileOffset(record_start_));
+  if (input_.Compressed()) error_ += " (byte " + std::to_string(record_start_) + " uncompressed)";
+  error_ += ": ";
+  error_ += input_.Error().empty() ? problem : input_.Error();
   return false;
 }
 
-bool WarcReader::Impl::ReadHeaders(std::size_t max, WarcHeaders* headers, std::uint64_t* used) {
+bool WarcReader::Impl::ReadHeaders(std::size_t max, const std::string& too_long, WarcHeaders* headers,
+                                   std::uint64_t* used) {
   headers->clear();
   std::size_t total = 0;
   for (;;) {
@@ -76,7 +73,7 @@ bool WarcReader::Impl::ReadHeaders(std::size_t max, WarcHeaders* headers, std::u
     const ArchiveInput::Line end = input_.ReadLine(&line_, max - total);
     total += static_cast<std::size_t>(input_.Position() - before);
     if (end == ArchiveInput::Line::kEnd) return Fail("truncated header");
-    if (end == ArchiveInput::Line::kTooLong) return Fail("header longer than " + std::to_string(max) + " bytes");
+    if (end == ArchiveInput::Line::kTooLong) return Fail(too_long);
     if (line_.empty()) break;
     if ((line_[0] == ' ' || line_[0] == '\t') && !headers->empty()) {
       // A folded line continues the field before it.
@@ -94,7 +91,7 @@ bool WarcReader::Impl::ReadHeaders(std::size_t max, WarcHeaders* headers, std::u
 }
 
 bool WarcReader::Impl::SkipBlock(std::uint64_t size) {
-  if (input_.Read(size, 0, nullptr) != size) return Fail("truncated record");
+  if (input_.Read(size, 0, nullptr) != size) return Fail("truncated");
   return true;
 }
 
@@ -103,8 +100,7 @@ bool WarcReader::Impl::ReadRecordEnd() {
     if (input_.Peek() < 0 && input_.Error().empty()) return true;  // a last record without its line ends
     const ArchiveInput::Line end = input_.ReadLine(&line_, 2);
     if (end != ArchiveInput::Line::kComplete || !line_.empty()) {
-      if (!input_.Error().empty()) return Fail("");
-      return Fail("record does not end where its Content-Length says");
+      return Fail("the record does not end where its Content-Length says");
     }
   }
   return true;
@@ -131,11 +127,13 @@ WarcReader::Impl::Outcome WarcReader::Impl::ReadRecord(WarcRecord* record) {
   record_start_ = input_.Position();
   const ArchiveInput::Line version_end = input_.ReadLine(&line_, 64);
   if (version_end != ArchiveInput::Line::kComplete || line_.compare(0, 5, "WARC/") != 0) {
-    if (!input_.Error().empty()) return Fail(""), Outcome::kFailed;
     return Fail("not a WARC record"), Outcome::kFailed;
   }
   record->version = line_.substr(5);
-  if (!ReadHeaders(limits_.max_header_bytes, &record->headers, nullptr)) return Outcome::kFailed;
+  if (!ReadHeaders(limits_.max_header_bytes, "header longer than " + std::to_string(limits_.max_header_bytes) + " bytes",
+                   &record->headers, nullptr)) {
+    return Outcome::kFailed;
+  }
   ++counts_.records;
 
   const std::string_view length_text = FindWarcHeader(record->headers, "Content-Length");
@@ -178,7 +176,7 @@ WarcReader::Impl::Outcome WarcReader::Impl::ReadRecord(WarcRecord* record) {
     left -= input_.Position() - before;
     record->http_status = end == ArchiveInput::Line::kComplete ? warc::HttpStatus(line_) : 0;
     if (record->http_status == 0) {
-      if (end == ArchiveInput::Line::kEnd && left > 0) return Fail("truncated record"), Outcome::kFailed;
+      if (end == ArchiveInput::Line::kEnd && left > 0) return Fail("truncated"), Outcome::kFailed;
       ++counts_.skipped_status;
       return SkipBlock(left) && ReadRecordEnd() ? Outcome::kSkipped : Outcome::kFailed;
     }
@@ -186,7 +184,10 @@ WarcReader::Impl::Outcome WarcReader::Impl::ReadRecord(WarcRecord* record) {
     std::uint64_t head = 0;
     const std::size_t head_room =
         static_cast<std::size_t>(std::min<std::uint64_t>(left, limits_.max_header_bytes));
-    if (!ReadHeaders(head_room, &record->http_headers, &head)) return Outcome::kFailed;
+    const std::string too_long = head_room == left ? "HTTP header runs past the record's Content-Length"
+                                                   : "HTTP header longer than " +
+                                                         std::to_string(limits_.max_header_bytes) + " bytes";
+    if (!ReadHeaders(head_room, too_long, &record->http_headers, &head)) return Outcome::kFailed;
     left -= head;
     if (record->http_status != 200) {
       ++counts_.skipped_status;
@@ -203,7 +204,7 @@ WarcReader::Impl::Outcome WarcReader::Impl::ReadRecord(WarcRecord* record) {
   }
 
   raw_.clear();
-  if (input_.Read(left, limits_.max_payload_bytes, &raw_) != left) return Fail("truncated record"), Outcome::kFailed;
+  if (input_.Read(left, limits_.max_payload_bytes, &raw_) != left) return Fail("truncated"), Outcome::kFailed;
   if (!ReadRecordEnd()) return Outcome::kFailed;
 
   std::string_view body = raw_;
