@@ -57,9 +57,13 @@ zestra::Options ParseOptions(const std::string& layout, const py::object& charse
 Page ToPage(const py::handle& html, const zestra::Options& options) {
   Page page;
   page.charset = options.charset;
-  if (py::isinstance<py::bytes>(html) || py::isinstance<py::bytearray>(html) ||
-      py::isinstance<py::memoryview>(html)) {
-    page.bytes = py::bytes(py::reinterpret_borrow<py::object>(html)).cast<std::string>();
+  if (py::isinstance<py::bytes>(html)) {
+    page.bytes = html.cast<std::string>();
+  } else if (py::isinstance<py::bytearray>(html) || py::isinstance<py::memoryview>(html)) {
+    // bytes(x) copies any object of the buffer protocol.
+    PyObject* copy = PyBytes_FromObject(html.ptr());
+    if (copy == nullptr) throw py::error_already_set();
+    page.bytes = py::reinterpret_steal<py::bytes>(copy).cast<std::string>();
   } else if (py::isinstance<py::str>(html)) {
     // UTF-8, with lone surrogates (which no page can hold) as U+FFFD.
     py::object encoded = py::reinterpret_steal<py::object>(PyUnicode_AsEncodedString(html.ptr(), "utf-8", "replace"));
@@ -243,6 +247,9 @@ PYBIND11_MODULE(_zestra, m) {
         py::arg("charset") = py::none(), py::arg("whole") = false);
   m.def("extract_many", &ExtractMany, py::arg("pages"), py::kw_only(), py::arg("jobs"), py::arg("layout") = "blocks",
         py::arg("charset") = py::none(), py::arg("whole") = false);
+  m.def(
+      "check_options", [](const std::string& layout, const py::object& charset) { ParseOptions(layout, charset, false); },
+      py::arg("layout"), py::arg("charset"));
   m.def("extract_record", &ExtractRecord, py::arg("record"), py::kw_only(), py::arg("layout") = "blocks",
         py::arg("charset") = py::none(), py::arg("whole") = false);
 }

@@ -21,6 +21,7 @@ from ._zestra import extract as _extract
 from ._zestra import extract_many as _extract_many
 from ._zestra import extract_record as _extract_record
 from ._zestra import WarcIterator as _WarcIterator
+from ._zestra import check_options as _check_options
 
 __all__ = ["Result", "WarcRecord", "WarcError", "extract", "extract_many", "read_warc", "extract_warc",
            "result_dict", "__version__"]
@@ -69,11 +70,9 @@ def extract_warc(path, *, layout="blocks", charset=None, whole=False):
     """Yields a Result for every page of ``read_warc(path)``, with its
     ``url``, ``warc_record_id`` and ``date``. The HTTP charset of each page
     is believed ahead of its meta tags; ``charset`` overrides both."""
-    if not isinstance(layout, str):
-        raise TypeError("layout must be a str")
+    _check_options(layout, charset)
     records = read_warc(path)
-    for record in records:
-        yield _extract_record(record, layout=layout, charset=charset, whole=whole)
+    return (_extract_record(record, layout=layout, charset=charset, whole=whole) for record in records)
 
 
 def result_dict(result):

@@ -30,6 +30,6 @@ def extract_warcs(paths, *, layout="blocks", charset=None, whole=False):
     if isinstance(paths, (str, bytes)):
         paths = [paths]
     paths = [str(path) for path in paths]
-    zestra.extract(b"", layout=layout, charset=charset)  # checks the options before any task runs
+    zestra.extract(b"", layout=layout, charset=charset)  # raises for bad options before any task runs
     return dask.bag.from_sequence(paths, npartitions=max(len(paths), 1)).map_partitions(
         lambda part: [page for path in part for page in _extract_one(path, layout, charset, whole)])
