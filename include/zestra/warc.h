@@ -4,7 +4,7 @@
 //
 //   std::string error;
 //   std::unique_ptr<zestra::WarcSource> source = zestra::OpenWarcFile("crawl.warc.gz", &error);
-//   if (!source) { ... error says why ... }
+//   if (!source) { ... `error` says why ... }
 //   zestra::WarcReader reader(std::move(source), "crawl.warc.gz");
 //   zestra::WarcRecord record;
 //   while (reader.Next(&record)) {
@@ -142,7 +142,9 @@ class ZESTRA_EXPORT WarcReader {
 
   // A reader of the archive that `source` delivers; `name` (a path) names
   // it in error messages. The input is gzip when it starts with the gzip
-  // magic bytes, plain otherwise.
+  // magic bytes, plain otherwise. A null `source` (an OpenWarcFile that
+  // failed) gives a reader whose Next returns false with the Error
+  // "NAME: no input to read".
   WarcReader(std::unique_ptr<WarcSource> source, std::string name, Limits limits);
   WarcReader(std::unique_ptr<WarcSource> source, std::string name);
   WarcReader(const WarcReader&) = delete;

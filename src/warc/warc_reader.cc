@@ -15,8 +15,17 @@ using warc::ArchiveInput;
 
 class WarcReader::Impl {
  public:
+  // A null `source` makes a reader that fails at once.
   Impl(std::unique_ptr<WarcSource> source, std::string name, Limits limits)
-      : input_(std::move(source)), name_(std::move(name)), limits_(limits) {}
+      : no_source_(source == nullptr),
+        input_(no_source_ ? WarcMemorySource({}) : std::move(source)),
+        name_(std::move(name)),
+        limits_(limits) {
+    if (no_source_) {
+      done_ = true;
+      error_ = name_ + ": no input to read";
+    }
+  }
 
   bool Next(WarcRecord* record);
   const std::string& Error() const { return error_; }
@@ -43,6 +52,7 @@ class WarcReader::Impl {
   // record_start_.
   bool Fail(const std::string& problem);
 
+  const bool no_source_;
   ArchiveInput input_;
   const std::string name_;
   const Limits limits_;

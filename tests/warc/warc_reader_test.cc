@@ -226,6 +226,9 @@ TEST(WarcReaderTest, OpensFilesAndSaysWhyNot) {
   WarcRecord record;
   EXPECT_FALSE(reader.Next(&record));
   EXPECT_EQ(reader.Error(), "article.html: record at byte 0: not a WARC record");
+  WarcReader without_source(nullptr, "gone.warc");
+  EXPECT_FALSE(without_source.Next(&record));
+  EXPECT_EQ(without_source.Error(), "gone.warc: no input to read");
 }
 
 }  // namespace
