@@ -71,6 +71,22 @@ std::vector<std::size_t> WriteArchive(const std::string& path, const std::vector
   return order;
 }
 
+// Runs `work` on the calling thread, or on `threads` threads at once, and
+// returns its time: processor time of the thread for one, wall-clock time
+// for more.
+template <class Work>
+double Timed(unsigned threads, Work& work) {
+  const double start = threads == 1 ? ThreadSeconds() : WallSeconds();
+  if (threads == 1) {
+    work();
+    return ThreadSeconds() - start;
+  }
+  std::vector<std::thread> pool;
+  for (unsigned i = 0; i < threads; ++i) pool.emplace_back(work);
+  for (std::thread& thread : pool) thread.join();
+  return WallSeconds() - start;
+}
+
 struct Pass {
   double seconds = 0;
   std::size_t pages = 0;
@@ -102,15 +118,7 @@ Pass ArchivePass(const std::string& path, unsigned threads, bool read_only) {
     }
     return chars;
   };
-  const double start = threads == 1 ? ThreadSeconds() : WallSeconds();
-  if (threads == 1) {
-    work();
-  } else {
-    std::vector<std::thread> pool;
-    for (unsigned i = 0; i < threads; ++i) pool.emplace_back(work);
-    for (std::thread& thread : pool) thread.join();
-  }
-  pass.seconds = (threads == 1 ? ThreadSeconds() : WallSeconds()) - start;
+  pass.seconds = Timed(threads, work);
   if (!reader.Error().empty()) std::fprintf(stderr, "warning: %s\n", reader.Error().c_str());
   return pass;
 }
@@ -129,15 +137,8 @@ Pass FilePass(const std::vector<zestra_bench::Page>& pages, const std::vector<st
       zestra::Extract(html);
     }
   };
-  const double start = threads == 1 ? ThreadSeconds() : WallSeconds();
-  if (threads == 1) {
-    work();
-  } else {
-    std::vector<std::thread> pool;
-    for (unsigned i = 0; i < threads; ++i) pool.emplace_back(work);
-    for (std::thread& thread : pool) thread.join();
-  }
-  return {(threads == 1 ? ThreadSeconds() : WallSeconds()) - start, order.size(), static_cast<double>(bytes)};
+  const double seconds = Timed(threads, work);
+  return {seconds, order.size(), static_cast<double>(bytes)};
 }
 
 // The peak resident size, in MB, of a child process that reads (and

@@ -5,6 +5,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -189,7 +190,7 @@ class WarcRun {
     const int status = failed_archives_ == 0                ? kExitOk
                        : failed_archives_ < archives_.size() ? kExitSomeFailed
                                                              : kExitError;
-    if (!settings_.quiet) Summary();
+    if (!settings_.quiet && status != kExitError) Summary();  // else the error lines say everything
     return status;
   }
 
@@ -322,13 +323,15 @@ class WarcRun {
   void Summary() {
     progress_.Clear();
     std::fprintf(stderr,
-                 "zestra: %zu archives, %zu failed, %ju records, %ju pages, skipped %ju (not response or "
-                 "resource), %ju (status not 200), %ju (not HTML), %.2f MB\n",
-                 archives_.size(), failed_archives_, totals_.records, totals_.pages, totals_.skipped_type,
-                 totals_.skipped_status, totals_.skipped_not_html, static_cast<double>(totals_.input_bytes) / 1e6);
+                 "zestra: %zu %s, %zu failed, %ju records, %ju pages, skipped %ju (not response or "
+                 "resource), %ju (status not 200), %ju (not HTML), %.2f MB, %.2f s\n",
+                 archives_.size(), archives_.size() == 1 ? "archive" : "archives", failed_archives_, totals_.records, totals_.pages, totals_.skipped_type,
+                 totals_.skipped_status, totals_.skipped_not_html, static_cast<double>(totals_.input_bytes) / 1e6,
+                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count());
   }
 
   const ExtractSettings& settings_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   const std::vector<ArchiveEntry> archives_;
   const bool warc_output_;
   Progress progress_;

@@ -75,7 +75,7 @@ def test_every_page_reads_as_its_file_does(tool, archives):
         assert got[-1]["charset"] == "windows-1251"
         assert got[-1]["title"] == "\u041f\u0440\u0438\u0432\u0435\u0442"
         summary = done.stderr.decode()
-        assert f"1 archives, 0 failed, {len(records)} records, {len(expected)} pages" in summary
+        assert f"1 archive, 0 failed, {len(records)} records, {len(expected)} pages" in summary
         # The same from Python, with the counts.
         in_python = zestra.read_warc(archive)
         assert sum(1 for _ in in_python) == len(expected)
