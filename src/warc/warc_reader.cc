@@ -136,6 +136,10 @@ WarcReader::Impl::Outcome WarcReader::Impl::ReadRecord(WarcRecord* record) {
   }
   record_start_ = input_.Position();
   const ArchiveInput::Line version_end = input_.ReadLine(&line_, 64);
+  if (version_end == ArchiveInput::Line::kEnd && std::string_view("WARC/").substr(0, line_.size()) ==
+                                                     std::string_view(line_).substr(0, 5)) {
+    return Fail("truncated header"), Outcome::kFailed;
+  }
   if (version_end != ArchiveInput::Line::kComplete || line_.compare(0, 5, "WARC/") != 0) {
     return Fail("not a WARC record"), Outcome::kFailed;
   }

@@ -170,6 +170,7 @@ TEST(WarcReaderTest, BadRecordsEndTheArchiveWithTheirOffset) {
   const Case cases[] = {
       {good + next.substr(0, next.size() - 20), "test.warc: record at byte " + offset + ": truncated"},
       {good + next.substr(0, 60), "test.warc: record at byte " + offset + ": truncated header"},
+      {good + "WARC/1", "test.warc: record at byte " + offset + ": truncated header"},
       {good + lying, "test.warc: record at byte " + offset + ": the record does not end where its Content-Length says"},
       {good + lying + good, "test.warc: record at byte " + offset +
                                 ": the record does not end where its Content-Length says"},
