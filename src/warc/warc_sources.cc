@@ -46,6 +46,7 @@ class MemorySource final : public WarcSource {
 
   std::size_t Read(char* buffer, std::size_t size, std::string*) override {
     const std::size_t take = std::min(size, rest_.size());
+    if (take == 0) return 0;  // rest_.data() may be null
     std::memcpy(buffer, rest_.data(), take);
     rest_.remove_prefix(take);
     return take;
