@@ -18,6 +18,9 @@ constexpr size_t kMinOptionsSize = offsetof(zestra_options, whole_text) + sizeof
 // version.
 constexpr size_t kLayoutOptionsSize = offsetof(zestra_options, layout) + sizeof(int);
 
+// The size of options that hold the transport charset, added in the third.
+constexpr size_t kTransportOptionsSize = offsetof(zestra_options, transport_charset) + sizeof(int);
+
 // A field added to zestra_options later is read only when options->size
 // reaches past it, and keeps its default otherwise. False when a field has
 // a value it cannot take.
@@ -29,6 +32,7 @@ bool CppOptions(const zestra_options* options, zestra::Options* cpp) {
     if (options->layout != ZESTRA_LAYOUT_TABLES && options->layout != ZESTRA_LAYOUT_BLOCKS) return false;
     cpp->layout = options->layout == ZESTRA_LAYOUT_TABLES ? zestra::Layout::kTables : zestra::Layout::kBlocks;
   }
+  if (options->size >= kTransportOptionsSize) cpp->transport_charset = options->transport_charset;
   return true;
 }
 
@@ -72,6 +76,7 @@ void zestra_options_init(zestra_options* options) {
   options->charset = defaults.charset;
   options->whole_text = defaults.whole_text ? 1 : 0;
   options->layout = defaults.layout == zestra::Layout::kTables ? ZESTRA_LAYOUT_TABLES : ZESTRA_LAYOUT_BLOCKS;
+  options->transport_charset = defaults.transport_charset;
 }
 
 zestra_status zestra_extract(const void* bytes, size_t size, const zestra_options* options,
