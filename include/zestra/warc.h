@@ -54,10 +54,14 @@ class ZESTRA_EXPORT WarcSource {
   virtual std::size_t Read(char* buffer, std::size_t size, std::string* error) = 0;
 };
 
-// The source that reads the file at `path` from its start; "-" reads
-// standard input. Null, with `*error` set to the reason ("No such file or
-// directory", "Is a directory"), when it cannot be opened.
-ZESTRA_EXPORT std::unique_ptr<WarcSource> OpenWarcFile(const std::string& path, std::string* error);
+// The source that reads the file at `path` from byte `offset` on (the
+// start of a record, or of the gzip member that holds one, to read part of
+// an archive; offsets of records are then counted from there); "-" reads
+// standard input, from where it stands. Null, with `*error` set to the
+// reason ("No such file or directory", "Is a directory"), when it cannot be
+// opened or `offset` cannot be reached.
+ZESTRA_EXPORT std::unique_ptr<WarcSource> OpenWarcFile(const std::string& path, std::string* error,
+                                                       std::uint64_t offset = 0);
 
 // The source that reads the bytes of `data`, which must outlive it.
 ZESTRA_EXPORT std::unique_ptr<WarcSource> WarcMemorySource(std::string_view data);

@@ -122,9 +122,11 @@ std::vector<PyResult> ExtractMany(const py::iterable& pages, int jobs, const std
 // The records of one archive, for Python's iteration protocol.
 class WarcIterator {
  public:
-  explicit WarcIterator(const std::string& path) {
+  // Reads the records of `path` that start at or after byte `start` (which
+  // must start a record or its gzip member) and before byte `end`.
+  WarcIterator(const std::string& path, std::uint64_t start, std::uint64_t end) : start_(start), end_(end) {
     std::string reason;
-    std::unique_ptr<zestra::WarcSource> source = zestra::OpenWarcFile(path, &reason);
+    std::unique_ptr<zestra::WarcSource> source = zestra::OpenWarcFile(path, &reason, start);
     if (source == nullptr) {
       // OSError(errno, message, filename) gives FileNotFoundError and the like.
       const int code = reason == std::generic_category().message(ENOENT)   ? ENOENT
@@ -146,7 +148,11 @@ class WarcIterator {
       py::gil_scoped_release release;
       page = reader_->Next(&record);
     }
-    if (page) return record;
+    if (page) {
+      record.offset += start_;
+      if (record.offset < end_) return record;
+      throw py::stop_iteration();
+    }
     if (!reader_->Error().empty()) {
       py::object error = py::module_::import("zestra").attr("WarcError");
       PyErr_SetString(error.ptr(), reader_->Error().c_str());
@@ -169,6 +175,8 @@ class WarcIterator {
 
  private:
   std::unique_ptr<zestra::WarcReader> reader_;
+  const std::uint64_t start_;
+  const std::uint64_t end_;
 };
 
 PyResult ExtractRecord(const zestra::WarcRecord& record, const std::string& layout, const py::object& charset,
@@ -238,7 +246,8 @@ PYBIND11_MODULE(_zestra, m) {
       .def_property_readonly("payload", [](const zestra::WarcRecord& r) { return py::bytes(r.payload); });
 
   py::class_<WarcIterator>(m, "WarcIterator")
-      .def(py::init<const std::string&>(), py::arg("path"))
+      .def(py::init<const std::string&, std::uint64_t, std::uint64_t>(), py::arg("path"), py::arg("start"),
+           py::arg("end"))
       .def("__iter__", [](WarcIterator& it) -> WarcIterator& { return it; })
       .def("__next__", &WarcIterator::Next)
       .def_property_readonly("counts", &WarcIterator::Counts);

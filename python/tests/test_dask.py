@@ -31,5 +31,11 @@ def test_bag_equals_the_tools_json_lines_in_order(tool, page_paths, pages, tmp_p
         assert [len(part) for part in partitions] == [len(range(part, len(pages), 4)) for part in range(4)]
         assert partitions[1] == expected[len(partitions[0]):len(partitions[0]) + len(partitions[1])]
 
+        # Archives compressed per record split into byte ranges, between
+        # records: the same pages in the same order.
+        split = zestra.dask.extract_warcs(paths, layout="tables", partition_bytes=20000)
+        assert split.npartitions > 8
+        assert split.compute() == expected
+
     with pytest.raises(ValueError):
         zestra.dask.extract_warcs(paths, layout="columns")

@@ -56,22 +56,25 @@ def extract_many(pages, *, jobs=None, layout="blocks", charset=None, whole=False
     return _extract_many(pages, jobs=jobs, layout=layout, charset=charset, whole=whole)
 
 
-def read_warc(path):
+def read_warc(path, *, start=0, end=None):
     """Yields the HTML pages of the web archive at ``path`` (WARC/1.0 or
     1.1, plain or gzip) as WarcRecord objects: ``response`` and
     ``resource`` records with status 200 whose payload is HTML, with the
     payload decoded. Other records are skipped; the iterator's ``counts``
-    says how many of each kind. Raises OSError when the file cannot be
-    opened, WarcError when a record is truncated or corrupt."""
-    return _WarcIterator(os.fspath(path))
+    says how many of each kind. ``start`` and ``end`` read the part of the
+    archive whose records (or their gzip members) start in [start, end);
+    ``start`` must be where one starts. Raises OSError when the file cannot
+    be opened, WarcError when a record is truncated or corrupt."""
+    return _WarcIterator(os.fspath(path), start, (1 << 64) - 1 if end is None else end)
 
 
-def extract_warc(path, *, layout="blocks", charset=None, whole=False):
-    """Yields a Result for every page of ``read_warc(path)``, with its
-    ``url``, ``warc_record_id`` and ``date``. The HTTP charset of each page
-    is believed ahead of its meta tags; ``charset`` overrides both."""
+def extract_warc(path, *, layout="blocks", charset=None, whole=False, start=0, end=None):
+    """Yields a Result for every page of ``read_warc(path, start=start,
+    end=end)``, with its ``url``, ``warc_record_id`` and ``date``. The HTTP
+    charset of each page is believed ahead of its meta tags; ``charset``
+    overrides both."""
     _check_options(layout, charset)
-    records = read_warc(path)
+    records = read_warc(path, start=start, end=end)
     return (_extract_record(record, layout=layout, charset=charset, whole=whole) for record in records)
 
 

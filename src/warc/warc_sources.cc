@@ -58,7 +58,7 @@ class MemorySource final : public WarcSource {
 
 }  // namespace
 
-std::unique_ptr<WarcSource> OpenWarcFile(const std::string& path, std::string* error) {
+std::unique_ptr<WarcSource> OpenWarcFile(const std::string& path, std::string* error, std::uint64_t offset) {
   if (path == "-") return std::make_unique<FileSource>(STDIN_FILENO, false);
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
@@ -69,6 +69,11 @@ std::unique_ptr<WarcSource> OpenWarcFile(const std::string& path, std::string* e
   if (fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
     close(fd);
     *error = ErrnoMessage(EISDIR);
+    return nullptr;
+  }
+  if (offset > 0 && lseek(fd, static_cast<off_t>(offset), SEEK_SET) < 0) {
+    *error = ErrnoMessage(errno);
+    close(fd);
     return nullptr;
   }
   return std::make_unique<FileSource>(fd, true);
