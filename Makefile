@@ -3,7 +3,9 @@
 # nothing but `make run` or `make test`.
 
 PACKAGES := cmake g++ make pkgconf libgtest-dev libgmock-dev libbenchmark-dev \
-            libuchardet-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
+            libuchardet-dev libcli11-dev nlohmann-json3-dev zlib1g-dev \
+            python3-dev python3-pybind11 python3-pytest python3-setuptools python3-pip \
+            python3-dask python3-distributed
 FUZZ_PACKAGES := clang libfuzzer-14-dev libclang-rt-14-dev
 JOBS ?= $(shell nproc)
 BUILD_TYPE ?= RelWithDebInfo

@@ -15,6 +15,7 @@
 #include "page_list.h"
 #include "page_reader.h"
 #include "progress.h"
+#include "warc_extract.h"
 #include "zestra/zestra.h"
 
 namespace zestra_tool {
@@ -178,6 +179,7 @@ class ExtractRun {
 }  // namespace
 
 int RunExtract(const ExtractSettings& settings) {
+  if (IsWarcRun(settings)) return RunWarcExtract(settings);
   std::vector<PageEntry> pages;
   bool batch = false;
   if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;

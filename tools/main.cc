@@ -26,10 +26,13 @@ Examples:
   zestra extract --charset windows-1251 old-page.htm
   zestra extract site/ > pages.jsonl       every page below site/, one JSON object a line
   zestra extract --jobs 4 --out-dir texts/ site/   one .txt file per page, mirroring site/
+  zestra extract crawl.warc.gz > pages.jsonl       the HTML pages of a web archive (also *.warc, directories)
+  zestra extract --format warc crawl.warc.gz > texts.warc   their texts as WARC conversion records
 
 One page gives its text; several pages or a directory give JSON Lines
 ({"path", "title", "type": "content"|"links", "charset", "layout", "text"}; a page that
-failed gives {"path", "error"}). Exit status: 0 when every page was read, 1
+failed gives {"path", "error"}). Web archives give {"url", "warc_record_id",
+"date", "title", "type", "charset", "layout", "text"} for each HTML page. Exit status: 0 when every page was read, 1
 when some failed, 2 when none could be read or the arguments are wrong.
 )";
 
@@ -95,8 +98,8 @@ int main(int argc, char** argv) {
   extract.jobs = cores > 0 ? cores : 1;
   CLI::App* extract_command = app.add_subcommand("extract", "Write the main text of pages as UTF-8");
   extract_command->add_option("inputs", extract.inputs,
-                              "Pages: files, directories (searched for *.html, *.htm, *.html.gz) or - for "
-                              "standard input (the default)");
+                              "Pages: files, directories (searched for *.html, *.htm, *.html.gz), web "
+                              "archives (*.warc, *.warc.gz) or - for standard input (the default)");
   extract_command->add_option("--charset", extract_charset,
                               "Read the pages in this charset: a WHATWG label (utf-8, windows-1252, "
                               "shift_jis, ...) or a code page number (1252); default: sniff as browsers do")
@@ -111,9 +114,10 @@ int main(int argc, char** argv) {
                               "ceiling); the other pages go on")
       ->type_name("MIB");
   extract_command->add_option("--format", extract.format,
-                              "text or json; default: text for one page, JSON Lines for several")
-      ->check(CLI::IsMember({"text", "json"}))
-      ->type_name("text|json");
+                              "text or json; default: text for one page, JSON Lines for several; warc: "
+                              "WARC conversion records, for web archives")
+      ->check(CLI::IsMember({"text", "json", "warc"}))
+      ->type_name("text|json|warc");
   extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
       ->check(CLI::Range(1u, 1024u))
       ->type_name("N")

@@ -46,13 +46,21 @@ void Progress::Draw(bool force) {
   } else if (done_ > 0 && total_pages_ > done_) {
     left = seconds * static_cast<double>(total_pages_ - done_) / static_cast<double>(done_);
   }
-  const int filled =
-      total_pages_ > 0 ? static_cast<int>(kBarWidth * static_cast<double>(done_) / static_cast<double>(total_pages_))
-                       : 0;
-  std::string bar(static_cast<std::size_t>(filled), '#');
+  const double share = total_pages_ > 0   ? static_cast<double>(done_) / static_cast<double>(total_pages_)
+                      : total_bytes_ > 0 ? static_cast<double>(bytes_done_) / static_cast<double>(total_bytes_)
+                                         : 0.0;
+  std::string bar(static_cast<std::size_t>(std::clamp(kBarWidth * share, 0.0, double{kBarWidth})), '#');
   bar.resize(kBarWidth, '.');
-  std::fprintf(out_, "\r\033[K[%s] %zu/%zu pages  %.1f pages/s  %.2f MB/s  %s left", bar.c_str(), done_,
-               total_pages_, pages_per_second, megabytes_per_second, FormatDuration(left).c_str());
+  char count[64];
+  if (total_pages_ > 0) {
+    std::snprintf(count, sizeof count, "%zu/%zu pages", done_, total_pages_);
+  } else if (records_ > 0) {
+    std::snprintf(count, sizeof count, "%ju records  %zu pages", records_, done_);
+  } else {
+    std::snprintf(count, sizeof count, "%zu pages", done_);
+  }
+  std::fprintf(out_, "\r\033[K[%s] %s  %.1f pages/s  %.2f MB/s  %s left", bar.c_str(), count, pages_per_second,
+               megabytes_per_second, FormatDuration(left).c_str());
   std::fflush(out_);
   drawn_ = true;
 }

@@ -89,6 +89,15 @@ struct Options {
   // more fails with MemoryLimitExceeded, and no other page or thread is
   // affected.
   std::size_t max_memory = 0;
+  // The charset the page came with from outside its bytes: the charset
+  // parameter of an HTTP Content-Type header (a code page, as `charset`),
+  // or kSniffCharset when there was none. Used only when `charset` is
+  // kSniffCharset: it is believed ahead of the page's <meta> declaration,
+  // as browsers believe it, but after a byte-order mark, 16-bit text told
+  // by its zero bytes and bytes that are valid UTF-8 beyond ASCII, which
+  // servers' default labels often contradict. A code page the library
+  // cannot convert counts as none.
+  int transport_charset = kSniffCharset;
 };
 
 // Thrown by Extract when a page needs more memory than Options::max_memory

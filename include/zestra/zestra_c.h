@@ -95,6 +95,14 @@ typedef struct zestra_options {
    * only when `size` reaches past it, so callers built with an earlier
    * header keep the default. */
   size_t max_memory;
+  /* The charset the page came with from outside its bytes, such as the
+   * charset parameter of an HTTP Content-Type header (a code page), or
+   * ZESTRA_CHARSET_SNIFF (the default, also for callers whose options end
+   * before this field). Used only when `charset` is ZESTRA_CHARSET_SNIFF:
+   * believed ahead of the page's <meta> declaration, after a byte-order
+   * mark, unmarked 16-bit text and bytes that are valid UTF-8 beyond
+   * ASCII. */
+  int transport_charset;
 } zestra_options;
 
 /* The result of zestra_extract. Every string is UTF-8 and ends with a NUL

@@ -20,6 +20,8 @@ constexpr size_t kLayoutOptionsSize = offsetof(zestra_options, layout) + sizeof(
 
 // The size of options that hold max_memory, added in the third version.
 constexpr size_t kMaxMemoryOptionsSize = offsetof(zestra_options, max_memory) + sizeof(size_t);
+// The size of options that hold the transport charset, added in the fourth.
+constexpr size_t kTransportOptionsSize = offsetof(zestra_options, transport_charset) + sizeof(int);
 
 // A field added to zestra_options later is read only when options->size
 // reaches past it, and keeps its default otherwise. False when a field has
@@ -33,6 +35,7 @@ bool CppOptions(const zestra_options* options, zestra::Options* cpp) {
     cpp->layout = options->layout == ZESTRA_LAYOUT_TABLES ? zestra::Layout::kTables : zestra::Layout::kBlocks;
   }
   if (options->size >= kMaxMemoryOptionsSize) cpp->max_memory = options->max_memory;
+  if (options->size >= kTransportOptionsSize) cpp->transport_charset = options->transport_charset;
   return true;
 }
 
@@ -77,6 +80,7 @@ void zestra_options_init(zestra_options* options) {
   options->whole_text = defaults.whole_text ? 1 : 0;
   options->layout = defaults.layout == zestra::Layout::kTables ? ZESTRA_LAYOUT_TABLES : ZESTRA_LAYOUT_BLOCKS;
   options->max_memory = defaults.max_memory;
+  options->transport_charset = defaults.transport_charset;
 }
 
 zestra_status zestra_extract(const void* bytes, size_t size, const zestra_options* options,

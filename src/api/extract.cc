@@ -15,6 +15,7 @@
 #include "zestra/model/k_statistics.h"
 #include "zestra/model/k_table.h"
 #include "zestra/charset/charset_conversion.h"
+#include "zestra/charset/charset_detection.h"
 #include "zestra/charset/charset_names.h"
 #include "zestra/html/html_doc_parser.h"
 #include "zestra/html/html_doc_tree.h"
@@ -63,6 +64,23 @@ std::string Utf8(const std::u16string& units) {
   return text;
 }
 
+// The charset the parser is given: the caller's, else the transport
+// charset unless the bytes tell their own charset before a declaration
+// would (a byte-order mark, unmarked 16-bit text, non-ASCII UTF-8), else
+// none, for the parser to sniff.
+Orvel::CHARSET ReadingCharset(std::string_view bytes, const Options& options) {
+  const auto given = static_cast<Orvel::CHARSET>(options.charset);
+  const auto transport = static_cast<Orvel::CHARSET>(options.transport_charset);
+  if (options.charset != kSniffCharset || !OrvelCharset::IsSupportedCharset(transport)) return given;
+  const auto* data = reinterpret_cast<const uint8_t*>(bytes.data());
+  if (OrvelDetection::DetectByteOrderMark(data, bytes.size()).charset != Orvel::UnknownCharset ||
+      OrvelDetection::DetectUnmarkedUtf16(data, bytes.size()) != Orvel::UnknownCharset ||
+      OrvelDetection::IsNonAsciiUtf8(data, bytes.size())) {
+    return given;
+  }
+  return transport;
+}
+
 // Ends the extraction when it reached its memory ceiling: a refused
 // allocation may have been taken as nothing to add rather than as a
 // failure, and the result would be incomplete.
@@ -82,7 +100,7 @@ Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMe
   // is the one BuildTreeFromStream would build.
   const unsigned int size = static_cast<unsigned int>(std::min(bytes.size(), kMaxInputBytes));
   OrvelFile::MemoryBuffer input(bytes.data(), size, OrvelFile::MemoryBuffer::kReadInPlace);
-  OrvelParser::HtmlDocTree tree(static_cast<Orvel::CHARSET>(options.charset));
+  OrvelParser::HtmlDocTree tree(ReadingCharset(bytes.substr(0, size), options));
   OrvelParser::HtmlDocParser(input, ZestraNS::KeywordTable(), tree).Parse();
   CheckCeiling(ceiling);
 

@@ -150,6 +150,26 @@ TEST(CApiTest, MemoryCeiling) {
   zestra_result_free(result);
 }
 
+TEST(CApiTest, TransportCharsetOption) {
+  // windows-1251 bytes under a meta tag that says windows-1252.
+  const char kPage[] = "<meta charset=windows-1252><title>\xcf\xf0\xe8\xe2\xe5\xf2</title><p>\xcc\xe8\xf0";
+  zestra_result* result = nullptr;
+  zestra_options options;
+  zestra_options_init(&options);
+  EXPECT_EQ(options.transport_charset, ZESTRA_CHARSET_SNIFF);
+  options.transport_charset = zestra_charset_from_label("windows-1251");
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
+  EXPECT_STREQ(result->charset_name, "windows-1251");
+  EXPECT_STREQ(result->title, "\xd0\x9f\xd1\x80\xd0\xb8\xd0\xb2\xd0\xb5\xd1\x82");
+  zestra_result_free(result);
+
+  // Options that end before the field: the meta tag decides.
+  options.size = offsetof(zestra_options, transport_charset);
+  ASSERT_EQ(zestra_extract(kPage, std::strlen(kPage), &options, &result), ZESTRA_OK);
+  EXPECT_STREQ(result->charset_name, "windows-1252");
+  zestra_result_free(result);
+}
+
 TEST(CApiTest, LabelsAndVersion) {
   EXPECT_EQ(zestra_charset_from_label("latin1"), 1252);
   EXPECT_EQ(zestra_charset_from_label("65001"), 65001);

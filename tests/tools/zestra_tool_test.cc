@@ -63,7 +63,7 @@ TEST(ZestraToolTest, BadInputGivesOneLineAndStatusTwo) {
       {{"extract", "--bogus", "whole.html.gz"}, "zestra: unknown option '--bogus'; see 'zestra extract --help'\n"},
       {{"extract", "--jobs", "0", "whole.html.gz"}, "zestra: --jobs: Value 0 not in range 1 to 1024\n"},
       {{"extract", "--format", "xml", "whole.html.gz"},
-       "zestra: --format: xml not in {text,json}\n"},
+       "zestra: --format: xml not in {text,json,warc}\n"},
       {{"extract", "--quiet", "--progress", "whole.html.gz"}, "zestra: --quiet excludes --progress\n"},
       {{"frobnicate"}, "zestra: unknown command 'frobnicate'\n"},
       {{}, "zestra: A subcommand is required\n"},
