@@ -18,7 +18,7 @@ ROOT = os.path.dirname(os.path.abspath(__file__))
 
 
 def pkg_config(*arguments):
-    return subprocess.check_output(["pkg-config", *arguments, "gumbo", "uchardet", "zlib"], text=True).split()
+    return subprocess.check_output(["pkg-config", *arguments, "uchardet", "zlib"], text=True).split()
 
 
 class BuildWithLibrary(build_ext):
