@@ -1,9 +1,11 @@
 // The development set of real pages kept beside the source tree
-// (../shared/devset/readability/<name>/source.html), for tests that run the
-// engine over real documents. Tests skip when it is absent.
+// (../shared/devset/readability/<name>/source.html, or the folder the
+// environment variable ZESTRA_DEVSET names), for tests that run the engine
+// over real documents. Tests skip when it is absent.
 #ifndef ZESTRA_TESTS_DEVELOPMENT_SET_H_
 #define ZESTRA_TESTS_DEVELOPMENT_SET_H_
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -21,7 +23,11 @@ struct DevelopmentPage {
 // Every page of the development set, in directory order; empty when the set
 // is not beside the source tree.
 inline std::vector<DevelopmentPage> DevelopmentPages() {
-  const std::filesystem::path root_dir = ZESTRA_SOURCE_DIR "/../shared/devset/readability";
+  // ZESTRA_DEVSET names the set's folder for a source tree that does not
+  // lie beside it (a work tree elsewhere).
+  const char* named = std::getenv("ZESTRA_DEVSET");
+  const std::filesystem::path root_dir =
+      named != nullptr ? std::filesystem::path(named) : std::filesystem::path(ZESTRA_SOURCE_DIR "/../shared/devset/readability");
   std::vector<DevelopmentPage> pages;
   if (!std::filesystem::is_directory(root_dir)) return pages;
   for (const auto& entry : std::filesystem::directory_iterator(root_dir)) {

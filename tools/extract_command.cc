@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "article_fields.h"
 #include "ordered_runner.h"
 #include "page_list.h"
 #include "page_reader.h"
@@ -46,6 +47,7 @@ std::string JsonRecord(const std::string& path, const Outcome& outcome) {
     record["charset"] = outcome.result.charset_name;
     record["layout"] = zestra::LayoutName(outcome.result.layout);
     record["text"] = outcome.result.text;
+    AddArticleFields(outcome.result, record);
   }
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -86,6 +88,14 @@ class ExtractRun {
     return total;
   }
 
+  // What a page gives outside JSON: its text, or its Markdown or HTML.
+  static const std::string& PageOutput(const zestra::Result& result) {
+    return result.format == zestra::Format::kText ? result.text : result.formatted;
+  }
+  const char* FileExtension() const {
+    return settings_.format == "markdown" ? ".md" : settings_.format == "html" ? ".html" : ".txt";
+  }
+
   // Runs on a worker thread; never throws, as RunOrdered requires.
   Outcome Work(std::size_t index) {
     const PageEntry& page = pages_[index];
@@ -106,6 +116,9 @@ class ExtractRun {
       options.charset = settings_.charset;
       options.whole_text = settings_.whole;
       options.layout = settings_.layout;
+      options.url = settings_.url;
+      options.images = settings_.images;
+      zestra::FormatFromName(json_ ? settings_.with : settings_.format, &options.format);
       outcome.result = zestra::Extract(bytes, options);
       if (!settings_.out_dir.empty()) WriteFile(page, outcome);
     } catch (const std::bad_alloc&) {
@@ -119,7 +132,7 @@ class ExtractRun {
   // error.
   void WriteFile(const PageEntry& page, Outcome& outcome) const {
     fs::path target = fs::path(settings_.out_dir) / page.relative;
-    target += json_ ? ".json" : ".txt";
+    target += json_ ? ".json" : FileExtension();
     std::error_code error;
     fs::create_directories(target.parent_path(), error);
     if (error && !fs::is_directory(target.parent_path())) {
@@ -130,7 +143,7 @@ class ExtractRun {
     if (json_) {
       file << JsonRecord(page.path, outcome) << '\n';
     } else {
-      file << outcome.result.text;
+      file << PageOutput(outcome.result);
     }
     file.close();
     if (!file) {
@@ -151,7 +164,8 @@ class ExtractRun {
         const std::string line = JsonRecord(pages_[index].path, outcome) + '\n';
         std::fwrite(line.data(), 1, line.size(), stdout);
       } else if (!failed) {
-        std::fwrite(outcome.result.text.data(), 1, outcome.result.text.size(), stdout);
+        const std::string& output = PageOutput(outcome.result);
+        std::fwrite(output.data(), 1, output.size(), stdout);
       }
     }
     progress_.Draw(failed);

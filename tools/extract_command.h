@@ -24,9 +24,16 @@ struct ExtractSettings {
   bool whole = false;
   // How the pages are laid out (zestra::Layout).
   zestra::Layout layout = zestra::Layout::kBlocks;
-  // "text", "json", or empty: JSON Lines for a batch on standard output,
-  // text otherwise.
+  // "text", "json", "markdown", "html", or empty: JSON Lines for a batch
+  // on standard output, text otherwise.
   std::string format;
+  // "markdown" or "html": JSON records carry the page in that form too;
+  // empty: they do not.
+  std::string with;
+  // The page's address (zestra::Options::url); may be empty.
+  std::string url;
+  // Images in the Markdown or HTML.
+  bool images = false;
   // Pages extracted at once, at least 1.
   unsigned jobs = 1;
   // Empty: write to standard output; else the folder that receives one

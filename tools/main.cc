@@ -24,10 +24,14 @@ Examples:
   zestra extract --charset windows-1251 old-page.htm
   zestra extract site/ > pages.jsonl       every page below site/, one JSON object a line
   zestra extract --jobs 4 --out-dir texts/ site/   one .txt file per page, mirroring site/
+  zestra extract --format markdown --url https://example.org/a.html a.html
+  zestra extract --with html site/         JSON Lines with an "html" field per page
 
 One page gives its text; several pages or a directory give JSON Lines
-({"path", "title", "type": "content"|"links", "charset", "layout", "text"}; a page that
-failed gives {"path", "error"}). Exit status: 0 when every page was read, 1
+({"path", "title", "type": "content"|"links", "charset", "layout", "text",
+"metadata": {"title", "author", "date_published", "date_modified", "site_name",
+"description", "language", "canonical_url", "image", "tags", "sources"}}, and
+"markdown" or "html" with --with; a page that failed gives {"path", "error"}). Exit status: 0 when every page was read, 1
 when some failed, 2 when none could be read or the arguments are wrong.
 )";
 
@@ -35,7 +39,8 @@ const char kTreeExamples[] = R"(
 Example:
   zestra tree page.html | less
 
-Prints each table with its grid size (columns x rows), nesting level, rank
+Prints the page's metadata with where each field came from, then each table
+with its grid size (columns x rows), nesting level, rank
 and whether it won, each cell with its counters, rank and whether its text
 was kept, and each text shortened to one line.
 )";
@@ -81,9 +86,18 @@ int main(int argc, char** argv) {
       ->check(CLI::IsMember({"blocks", "tables"}))
       ->type_name("blocks|tables");
   extract_command->add_option("--format", extract.format,
-                              "text or json; default: text for one page, JSON Lines for several")
-      ->check(CLI::IsMember({"text", "json"}))
-      ->type_name("text|json");
+                              "text, json, markdown or html; default: text for one page, JSON Lines for "
+                              "several")
+      ->check(CLI::IsMember({"text", "json", "markdown", "html"}))
+      ->type_name("text|json|markdown|html");
+  extract_command->add_option("--with", extract.with, "JSON records also carry the page as markdown or html")
+      ->check(CLI::IsMember({"markdown", "html"}))
+      ->type_name("markdown|html");
+  extract_command->add_option("--url", extract.url,
+                              "The page's address: relative links and images resolve against it, and it "
+                              "is the canonical address when the page names none")
+      ->type_name("URL");
+  extract_command->add_flag("--images", extract.images, "Images in the Markdown or HTML");
   extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
       ->check(CLI::Range(1u, 1024u))
       ->type_name("N")
@@ -106,6 +120,7 @@ int main(int argc, char** argv) {
       ->required()
       ->type_name("FILE|-");
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
+  tree_command->add_option("--url", tree.url, "As for extract")->type_name("URL");
   std::string tree_layout = "blocks";
   tree_command->add_option("--layout", tree_layout, "As for extract")
       ->check(CLI::IsMember({"blocks", "tables"}))

@@ -17,6 +17,8 @@ struct TreeSettings {
   int charset = -1;
   // How the page is laid out (zestra::Layout).
   zestra::Layout layout = zestra::Layout::kBlocks;
+  // The page's address (zestra::Options::url); may be empty.
+  std::string url;
 };
 
 // Prints the tree to standard output and returns the exit status: 0, or 2

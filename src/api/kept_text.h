@@ -1,0 +1,78 @@
+// KeptText is the text an extraction wrote, item by item: the text items of
+// the layout tree that the selection kept, in the order they were written,
+// each found again by the source span of the text node it came from. A
+// writer that walks the parsed document (article_walk.h) asks it which text
+// nodes made it into the output and with what text.
+//
+// Every text item of a layout tree comes from one text node (text_items.h)
+// and carries that node's source span, so the span names the node.
+//
+// Ownership: holds a counted reference to every kept item, so the layout
+// tree may be released while a KeptText lives.
+//
+// Thread-safety: filled by one thread; then read-only.
+#ifndef ZESTRA_API_KEPT_TEXT_H_
+#define ZESTRA_API_KEPT_TEXT_H_
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "zestra/base/smart_ptr.h"
+#include "zestra/model/k_cell_item.h"
+#include "zestra/model/k_table.h"
+#include "zestra/ranking/k_rank_parameters.h"
+#include "zestra/traversal/zestra_text_extractor.h"
+
+namespace ZestraNS {
+
+class KeptText {
+ public:
+  KeptText() = default;
+  KeptText(const KeptText&) = delete;
+  KeptText& operator=(const KeptText&) = delete;
+
+  // Records `item` as written. REQUIRES: item is a text item.
+  void Add(const Orvel::SmartPtr<KCellItem>& item);
+
+  // The written text of the text node spanning `length` bytes from
+  // `position`; null when no such node's text was written. A node is found
+  // once per Add of an item with its span.
+  const std::u16string* Find(uint32_t position, uint32_t length) const;
+
+  // Items recorded.
+  std::size_t Size() const noexcept { return items_.size(); }
+
+ private:
+  static uint64_t Key(uint32_t position, uint32_t length) {
+    return (static_cast<uint64_t>(position) << 32) | length;
+  }
+
+  std::vector<Orvel::SmartPtr<KCellItem>> items_;
+  std::unordered_map<uint64_t, std::size_t> by_span_;  // index into items_
+};
+
+// A ZestraTextExtractor that also records, in a KeptText, every text item
+// its GetText writes. The selection is the extractor's own.
+class RecordingTextExtractor : public ZestraTextExtractor {
+ public:
+  RecordingTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
+                         const std::vector<double>* parameter_values, const ZestraRankWeights* weights,
+                         KeptText* kept)
+      : ZestraTextExtractor(root, whole_text, parameter_values, weights), kept_(kept) {}
+
+  // GetText, recording the items written into the KeptText (when not null).
+  void GetTextRecording(Orvel::BinaryStreamBufT<unsigned int>* output);
+
+ protected:
+  void VisitCellText(const Orvel::SmartPtr<KCellItem>& item) override;
+
+ private:
+  KeptText* const kept_;  // not owned; may be null
+  bool recording_ = false;
+};
+
+}  // namespace ZestraNS
+
+#endif  // ZESTRA_API_KEPT_TEXT_H_
