@@ -376,6 +376,7 @@ class Gatherer {
   bool Byline(const HtmlTreeNode& node) {
     std::string_view value;
     if (node.FindParam("rel", value) && HasToken(value, "author")) {
+      if (byline_element_taken_) return false;
       const std::string name = ElementText(node, kMaxBylineChars);
       OfferList(author_, kBylineRank, "byline", {Author(name)});
       return false;
@@ -387,6 +388,7 @@ class Gatherer {
     const std::string name = Author(ElementText(node, kMaxBylineChars));
     if (name.empty() || name.size() > kMaxBylineChars) return true;
     OfferList(author_, kBylineRank, "byline", {name});
+    byline_element_taken_ = true;
     return false;
   }
 
@@ -441,6 +443,8 @@ class Gatherer {
 
   const std::string& page_url_;
   bool json_ld_read_ = false;
+  // A byline element was taken: rel="author" links add no more names.
+  bool byline_element_taken_ = false;
   std::string document_title_;
   std::string first_h1_;
   Field title_;
