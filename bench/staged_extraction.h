@@ -9,6 +9,7 @@
 //   parse        LimitNesting, the scan that caps the nesting depth, and
 //                GumboTreeConverter::Parse: Gumbo's parse, the conversion
 //                of Gumbo's tree into HtmlTreeNodes, and freeing Gumbo's tree
+//   metadata     (with `article`) the article's metadata
 //   layout       BuildTreeConsumingDocTree: the layout tree and the title, in
 //                the layout asked for
 //   ranking      the document statistics and type (as ExtractText does),
@@ -16,6 +17,7 @@
 //                and the counting walk
 //   writing      GetText into a working buffer, and the copy of the buffer
 //                into the wide string
+//   article      (with `article`) the Markdown of the kept text
 //   freeing      releasing the layout tree and the parsed document
 //
 // The parse stage mixes Gumbo's work with ours. To split it, the same UTF-8
@@ -45,9 +47,11 @@ enum Stage : int {
   kCharset,
   kGumbo,       // Gumbo's share of the parse stage
   kConversion,  // the rest of the parse stage: ours
+  kMetadata,    // with `article`: the metadata
   kLayout,
   kRanking,
   kWriting,
+  kArticle,  // with `article`: the Markdown
   kFreeing,
   kStageCount,
 };
@@ -69,9 +73,13 @@ struct StageTimes {
 
 // Extracts the text of `page`, read in `charset`, as Beautify over bytes
 // does with `layout` kTables, or as zestra::Extract does in `layout`,
-// adding the time of each stage to `times`; returns the text.
+// adding the time of each stage to `times`; returns the text. With
+// `article`, as zestra::Extract does with Format::kMarkdown: the metadata
+// is read after the parse (stage kMetadata), the layout keeps the parsed
+// tree whole, the text items written are recorded, and the Markdown is
+// written after the text (stage kArticle).
 std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times,
-                             ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables);
+                             ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables, bool article = false);
 
 // The same extraction through the public entry point, untimed.
 std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset);

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "api/date_normalize.h"
 #include "api/json_ld.h"
 #include "api/url_resolver.h"
-#include "zestra/platform/charset_conversion.h"
 
 namespace zestra {
 namespace {
@@ -68,19 +68,37 @@ std::string Collapse(std::string_view text) {
   return out;
 }
 
-bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() && Lower(text.substr(0, prefix.size())) == prefix;
+char LowerChar(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Whether `text` equals `lower` (lower case), ignoring ASCII case.
+bool EqualsIgnoringCase(std::string_view text, std::string_view lower) {
+  if (text.size() != lower.size()) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (LowerChar(text[i]) != lower[i]) return false;
+  }
+  return true;
 }
 
-// Whether the space-separated tokens of `value` include `token`, ignoring
-// ASCII case.
-bool HasToken(std::string_view value, std::string_view token) {
+bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  return text.size() >= prefix.size() && EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
+}
+
+// Calls `match` on each space-separated token of `value` until it returns
+// true; returns whether one did.
+template <class Match>
+bool AnyToken(std::string_view value, Match&& match) {
   while (!value.empty()) {
     const std::size_t space = value.find_first_of(" \t\n\f\r");
-    if (Lower(value.substr(0, space)) == token) return true;
+    if (space != 0 && match(value.substr(0, space))) return true;
     value.remove_prefix(space == std::string_view::npos ? value.size() : space + 1);
   }
   return false;
+}
+
+// Whether the space-separated tokens of `value` include `token` (lower
+// case), ignoring ASCII case.
+bool HasToken(std::string_view value, std::string_view token) {
+  return AnyToken(value, [token](std::string_view t) { return EqualsIgnoringCase(t, token); });
 }
 
 // The text below `node`, collapsed; empty when longer than `limit` bytes.
@@ -217,7 +235,12 @@ class Gatherer {
 
   bool Visit(const HtmlTreeNode& node) {
     if (node.IsText()) return false;
-    const std::string_view name = node.Name();
+    // Only elements of these ids are looked at by name.
+    const uint32_t id = node.Id();
+    const bool named = id == OrvelParser::kIdHead || id == OrvelParser::kIdScript || id == OrvelParser::kIdStyle ||
+                       id == OrvelParser::kIdTemplate || id == OrvelParser::kIdDocument ||
+                       id == OrvelParser::kIdPhrase || id == OrvelParser::kIdHeading;
+    const std::string_view name = named ? node.Name() : std::string_view();
     std::string_view value;
     if (name == "html") {
       if (node.FindParam("lang", value)) Offer(language_, kDocumentRank, "html", Language(value));
@@ -231,7 +254,7 @@ class Gatherer {
         Offer(canonical_, kDocumentRank, "link", Address(value));
       }
     } else if (name == "script") {
-      if (node.FindParam("type", value) && Lower(Collapse(value)) == "application/ld+json") JsonLd(node);
+      if (node.FindParam("type", value) && EqualsIgnoringCase(Collapse(value), "application/ld+json")) JsonLd(node);
       return false;
     } else if (name == "style" || name == "template") {
       return false;
@@ -248,7 +271,7 @@ class Gatherer {
     std::string_view content;
     if (!node.FindParam("content", content)) return;
     std::string_view key;
-    if (node.FindParam("http-equiv", key) && Lower(key) == "content-language") {
+    if (node.FindParam("http-equiv", key) && EqualsIgnoringCase(key, "content-language")) {
       Offer(language_, kMetaRank, "meta", Language(content.substr(0, content.find(','))));
       return;
     }
@@ -375,7 +398,8 @@ class Gatherer {
   // Takes a byline; returns whether to walk into the element.
   bool Byline(const HtmlTreeNode& node) {
     std::string_view value;
-    if (node.FindParam("rel", value) && HasToken(value, "author")) {
+    const bool may_have_rel = node.Id() == OrvelParser::kIdAnchor || node.Id() == OrvelParser::kIdHead;
+    if (may_have_rel && node.FindParam("rel", value) && HasToken(value, "author")) {
       if (byline_element_taken_) return false;
       const std::string name = ElementText(node, kMaxBylineChars);
       OfferList(author_, kBylineRank, "byline", {Author(name)});
@@ -396,18 +420,20 @@ class Gatherer {
   // "byline", or is "author" or ends in "-author", "_author", "author-name"
   // or "authorname".
   static bool NamesByline(std::string_view value) {
-    while (!value.empty()) {
-      const std::size_t space = value.find_first_of(" \t\n\f\r");
-      const std::string token = Lower(value.substr(0, space));
-      value.remove_prefix(space == std::string_view::npos ? value.size() : space + 1);
-      const std::string_view t = token;
-      if (t.find("byline") != std::string_view::npos || t == "author" || t.ends_with("-author") ||
-          t.ends_with("_author") || t.ends_with("author-name") || t.ends_with("authorname") ||
-          t.ends_with("author__name")) {
-        return true;
+    // Cheap first: most values hold neither word.
+    auto holds = [value](std::string_view word) {
+      for (std::size_t i = 0; i + word.size() <= value.size(); ++i) {
+        if (LowerChar(value[i]) == word[0] && EqualsIgnoringCase(value.substr(i, word.size()), word)) return true;
       }
-    }
-    return false;
+      return false;
+    };
+    if (!holds("author") && !holds("byline")) return false;
+    return AnyToken(value, [](std::string_view token) {
+      const std::string t = Lower(token);
+      return t.find("byline") != std::string::npos || t == "author" || t.ends_with("-author") ||
+             t.ends_with("_author") || t.ends_with("author-name") || t.ends_with("authorname") ||
+             t.ends_with("author__name");
+    });
   }
 
   // The <title> without the site's name that pages add to it.
