@@ -122,7 +122,7 @@ std::string Author(std::string_view text) {
   std::string name = Collapse(text);
   if (StartsWithIgnoringCase(name, "by ")) name.erase(0, 3);
   if (StartsWithIgnoringCase(name, "by:")) name = Collapse(std::string_view(name).substr(3));
-  if (name.empty() || !UrlScheme(name).empty() || name.find("://") != std::string::npos ||
+  if (name.empty() || EqualsIgnoringCase(name, "by") || !UrlScheme(name).empty() || name.find("://") != std::string::npos ||
       name.find('/') == 0) {
     return {};
   }
@@ -199,22 +199,27 @@ class Gatherer {
     field = Field{rank, source, std::move(value)};
   }
 
+  // Appends `value` to `values` unless empty or there already, ignoring
+  // ASCII case.
+  static void AddUnique(std::vector<std::string>& values, std::string value) {
+    if (value.empty()) return;
+    const std::string lower = Lower(value);
+    for (const std::string& old : values) {
+      if (Lower(old) == lower) return;
+    }
+    values.push_back(std::move(value));
+  }
+
   static void OfferList(ListField& field, int rank, const char* source, std::vector<std::string> values) {
     std::vector<std::string> kept;
-    for (std::string& value : values) {
-      if (!value.empty() && std::find(kept.begin(), kept.end(), value) == kept.end()) kept.push_back(std::move(value));
-    }
+    for (std::string& value : values) AddUnique(kept, std::move(value));
     if (kept.empty() || rank > field.rank) return;
     if (rank < field.rank) {
       field = ListField{rank, source, std::move(kept)};
       return;
     }
     if (field.source != source) return;
-    for (std::string& value : kept) {
-      if (std::find(field.values.begin(), field.values.end(), value) == field.values.end()) {
-        field.values.push_back(std::move(value));
-      }
-    }
+    for (std::string& value : kept) AddUnique(field.values, std::move(value));
   }
 
   static void Take(Metadata& metadata, const char* name, const Field& field, std::string& to) {
@@ -461,10 +466,18 @@ class Gatherer {
     const std::string& site = site_name_.value;
     if (site.empty() || title.size() <= site.size() + 3 || !title.ends_with(site)) return title;
     std::string rest = title.substr(0, title.size() - site.size());
-    while (!rest.empty() && (rest.back() == ' ' || rest.back() == '|' || rest.back() == '-' || rest.back() == ':')) {
-      rest.pop_back();
+    const std::size_t kept = rest.size();
+    for (bool trimmed = true; trimmed && !rest.empty();) {
+      trimmed = false;
+      for (std::string_view separator : {" ", "|", "-", ":", "\u2013", "\u2014", "\u00b7", "\u00bb"}) {
+        if (rest.ends_with(separator)) {
+          rest.erase(rest.size() - separator.size());
+          trimmed = true;
+        }
+      }
     }
-    return rest.empty() || rest.size() + site.size() == title.size() ? title : rest;
+    // Only a separator before the site's name makes it a suffix.
+    return rest.empty() || rest.size() == kept ? title : rest;
   }
 
   const std::string& page_url_;
