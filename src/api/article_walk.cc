@@ -358,7 +358,9 @@ class Walk {
       if (parent.context == Context::kFlow) Image(node);
       return;
     }
-    const bool kept = parent.kept && kept_elements_.count(&node) != 0;
+    // Inside preformatted text every element is walked: its white space
+    // (line feeds in the spans of highlighted code) is part of the text.
+    const bool kept = parent.kept && (parent.pre || kept_elements_.count(&node) != 0);
     switch (parent.context) {
       case Context::kFlow:
         break;

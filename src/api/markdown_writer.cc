@@ -157,7 +157,7 @@ void MarkdownWriter::AppendEscaped(std::string_view text, std::string& to) {
         escape = i + 1 < text.size() && (text[i + 1] == '#' || IsAsciiAlnum(text[i + 1]));
         break;
       case '|':
-        escape = in_table_;
+        escape = in_table_ || at_line_start_;
         break;
       case '#':
         escape = heading || at_line_start_;

@@ -15,7 +15,7 @@
 //     ![images](url); subscript and superscript as plain text.
 // Text is escaped so that it reads as text: backslashes, backquotes, '*',
 // '_' (not inside a word), '[', ']', '<', '&' before a letter or '#', '|' in
-// tables, '#' in headings, and at a line's start '#', '>', '-', '+', '=' and
+// tables, '#' in headings, and at a line's start '#', '>', '-', '+', '=', '|' and
 // the '.' or ')' after a number. The output ends with one line feed, or is
 // empty.
 //
