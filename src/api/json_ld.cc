@@ -51,7 +51,8 @@ class Reader {
   explicit Reader(const Json& root) { Collect(root, 0); }
 
   JsonLdFacts Facts() const {
-    JsonLdFacts facts;
+    JsonLdFacts found;
+    Metadata& facts = found.facts;
     const Json* article = nullptr;
     for (const Json* object : objects_) {
       if (HasType(*object, IsArticleType)) {
@@ -59,9 +60,9 @@ class Reader {
         break;
       }
     }
-    if (article == nullptr) return facts;
+    if (article == nullptr) return found;
     const Json& a = *article;
-    facts.article = true;
+    found.article = true;
     facts.title = StringMember(a, "headline");
     if (facts.title.empty()) facts.title = StringMember(a, "name");
     if (const auto author = a.find("author"); author != a.end()) Names(*author, facts.author, 0);
@@ -90,7 +91,7 @@ class Reader {
     }
     if (const auto image = a.find("image"); image != a.end()) facts.image = Address(*image, 0);
     if (const auto keywords = a.find("keywords"); keywords != a.end()) Keywords(*keywords, facts.tags);
-    return facts;
+    return found;
   }
 
  private:

@@ -31,23 +31,18 @@
 #include <string_view>
 #include <vector>
 
+#include "zestra/zestra.h"
+
 namespace zestra {
 
 inline constexpr std::size_t kMaxJsonLdBytes = std::size_t{1} << 20;
 inline constexpr int kMaxJsonLdDepth = 8;
 
 struct JsonLdFacts {
-  bool article = false;  // an article object was found; the rest is empty otherwise
-  std::string title;
-  std::vector<std::string> author;
-  std::string date_published;
-  std::string date_modified;
-  std::string site_name;
-  std::string description;
-  std::string language;
-  std::string canonical_url;
-  std::string image;
-  std::vector<std::string> tags;
+  bool article = false;  // an article object was found; `facts` is empty otherwise
+  // The facts as written (dates not yet read, addresses not resolved);
+  // `sources` stays empty.
+  Metadata facts;
 };
 
 // The facts of the script text `json`.

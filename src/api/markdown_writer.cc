@@ -20,6 +20,12 @@ std::string Destination(const std::string& href) {
   return escaped;
 }
 
+// What opens and closes an emphasis or strong span; nothing for the spans
+// Markdown has no mark for (subscript, superscript).
+std::string Delimiter(SpanKind kind) {
+  return kind == SpanKind::kEmphasis ? "*" : kind == SpanKind::kStrong ? "**" : "";
+}
+
 }  // namespace
 
 std::string& MarkdownWriter::Target() {
@@ -219,19 +225,7 @@ void MarkdownWriter::WriteOpenSpan(const Span& span) {
     return;
   }
   if (code_spans_ > 0) return;
-  switch (span.kind) {
-    case SpanKind::kEmphasis:
-      Target() += '*';
-      break;
-    case SpanKind::kStrong:
-      Target() += "**";
-      break;
-    case SpanKind::kLink:
-      Target() += '[';
-      break;
-    default:
-      break;
-  }
+  Target() += span.kind == SpanKind::kLink ? "[" : Delimiter(span.kind);
   at_line_start_ = false;
 }
 
@@ -250,19 +244,7 @@ void MarkdownWriter::WriteCloseSpan(const Span& span) {
     return;
   }
   if (code_spans_ > 0) return;
-  switch (span.kind) {
-    case SpanKind::kEmphasis:
-      Target() += '*';
-      break;
-    case SpanKind::kStrong:
-      Target() += "**";
-      break;
-    case SpanKind::kLink:
-      Target() += "](" + Destination(span.href) + ")";
-      break;
-    default:
-      break;
-  }
+  Target() += span.kind == SpanKind::kLink ? "](" + Destination(span.href) + ")" : Delimiter(span.kind);
 }
 
 void MarkdownWriter::WriteImage(std::string_view alt, const std::string& src) {

@@ -332,9 +332,10 @@ class Gatherer {
   void JsonLd(const HtmlTreeNode& script) {
     std::string text;
     for (const HtmlTreeNode::Entry& child : script.Children()) text.append(child->Utf8Text());
-    const JsonLdFacts facts = ReadJsonLd(text);
+    const JsonLdFacts found = ReadJsonLd(text);
     // The first article of the page's scripts is the article.
-    if (!facts.article || json_ld_read_) return;
+    if (!found.article || json_ld_read_) return;
+    const Metadata& facts = found.facts;
     json_ld_read_ = true;
     const char* source = "json-ld";
     Offer(title_, kJsonLdRank, source, Collapse(facts.title));
