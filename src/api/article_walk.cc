@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdint>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -259,7 +258,7 @@ class Walk {
         if (!IsKeptText(child)) continue;
         for (std::size_t i = stack.size(); i-- > 0 && !stack[i].marked;) {
           stack[i].marked = true;
-          kept_elements_.insert(stack[i].node);
+          kept_elements_.Insert(reinterpret_cast<uintptr_t>(stack[i].node), 0);
         }
       } else if (!child.Children().empty()) {
         stack.push_back({&child.Children(), 0, &child, false});
@@ -360,7 +359,7 @@ class Walk {
     }
     // Inside preformatted text every element is walked: its white space
     // (line feeds in the spans of highlighted code) is part of the text.
-    const bool kept = parent.kept && (parent.pre || kept_elements_.count(&node) != 0);
+    const bool kept = parent.kept && (parent.pre || kept_elements_.Find(reinterpret_cast<uintptr_t>(&node)) != nullptr);
     switch (parent.context) {
       case Context::kFlow:
         break;
@@ -655,7 +654,7 @@ class Walk {
   const ZestraNS::KeptText& kept_;
   const ArticleWalkSettings& settings_;
   ArticleSink& sink_;
-  std::unordered_set<const HtmlTreeNode*> kept_elements_;
+  ZestraNS::FlatKeyMap kept_elements_;  // the elements with kept text below, by address
   std::vector<Frame> frames_;
 };
 

@@ -16,7 +16,6 @@
 
 #include <cstdint>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "zestra/base/smart_ptr.h"
@@ -26,6 +25,32 @@
 #include "zestra/traversal/zestra_text_extractor.h"
 
 namespace ZestraNS {
+
+// A map from 64-bit keys to 32-bit values in one open-addressed array:
+// one probe, one cache line, in the common case. The all-ones key is not
+// allowed. Not thread-safe to fill; read-only afterwards.
+class FlatKeyMap {
+ public:
+  // Sets the value of `key` unless it has one. REQUIRES: key != kNoKey.
+  void Insert(uint64_t key, uint32_t value);
+  // The value of `key`, or nullptr.
+  const uint32_t* Find(uint64_t key) const;
+  std::size_t Size() const noexcept { return size_; }
+
+  static constexpr uint64_t kNoKey = ~uint64_t{0};
+
+ private:
+  struct Slot {
+    uint64_t key = kNoKey;
+    uint32_t value = 0;
+  };
+  std::size_t SlotOf(uint64_t key) const { return (key * 0x9E3779B97F4A7C15ull) >> shift_; }
+  void Grow();
+
+  std::vector<Slot> slots_;
+  std::size_t size_ = 0;
+  unsigned shift_ = 64;
+};
 
 class KeptText {
  public:
@@ -50,7 +75,7 @@ class KeptText {
   }
 
   std::vector<Orvel::SmartPtr<KCellItem>> items_;
-  std::unordered_map<uint64_t, std::size_t> by_span_;  // index into items_
+  FlatKeyMap by_span_;  // index into items_
 };
 
 // A ZestraTextExtractor that also records, in a KeptText, every text item
