@@ -66,14 +66,13 @@ class ResultBlock {
     used_ += text.size() + 1;
     return at;
   }
-  // Copies of `texts` behind a new array of pointers to them.
-  const char* const* PlaceAll(const std::vector<std::string>& texts) {
-    const char** pointers = Pointers(texts.size());
+  // Copies of `texts`, their addresses stored in `pointers` (from
+  // Pointers(texts.size()), null when measuring).
+  void PlaceAll(const std::vector<std::string>& texts, const char** pointers) {
     for (size_t i = 0; i < texts.size(); ++i) {
       const char* copy = Place(texts[i]);
       if (pointers != nullptr) pointers[i] = copy;
     }
-    return pointers;
   }
   size_t Used() const { return used_; }
 
@@ -84,11 +83,16 @@ class ResultBlock {
 
 void Fill(const zestra::Result& cpp, zestra_result* result, ResultBlock& block) {
   const zestra::Metadata& m = cpp.metadata;
-  // The pointer arrays first, where the struct's alignment holds for them.
+  // The pointer arrays first, right after the struct, whose alignment
+  // holds for them; the strings after them.
   zestra_metadata metadata;
-  metadata.author = block.PlaceAll(m.author);
+  const char** authors = block.Pointers(m.author.size());
+  const char** tags = block.Pointers(m.tags.size());
+  block.PlaceAll(m.author, authors);
+  block.PlaceAll(m.tags, tags);
+  metadata.author = authors;
   metadata.author_count = m.author.size();
-  metadata.tags = block.PlaceAll(m.tags);
+  metadata.tags = tags;
   metadata.tag_count = m.tags.size();
   metadata.title = block.Place(m.title);
   metadata.date_published = block.Place(m.date_published);
