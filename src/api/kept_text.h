@@ -62,8 +62,8 @@ class KeptText {
   void Add(const Orvel::SmartPtr<KCellItem>& item);
 
   // The written text of the text node spanning `length` bytes from
-  // `position`; null when no such node's text was written. A node is found
-  // once per Add of an item with its span.
+  // `position`; null when no such node's text was written. Of two items
+  // with one span (which the layout never makes), the first is found.
   const std::u16string* Find(uint32_t position, uint32_t length) const;
 
   // Items recorded.
