@@ -5,7 +5,10 @@
 #include <memory>
 #include <optional>
 
+#include "api/article_output.h"
 #include "api/extract_text.h"
+#include "api/kept_text.h"
+#include "api/metadata.h"
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "charset/document_decoder.h"
@@ -60,12 +63,16 @@ const char* StageName(Stage stage) {
       return "charset conversion";
     case kParse:
       return "HTML parsing";
+    case kMetadata:
+      return "metadata";
     case kLayout:
       return "layout tree building";
     case kRanking:
       return "statistics and ranking";
     case kWriting:
       return "text writing";
+    case kArticle:
+      return "Markdown writing";
     case kFreeing:
       return "freeing the trees";
     case kStageCount:
@@ -87,7 +94,7 @@ StageTimes& StageTimes::operator+=(const StageTimes& other) {
 }
 
 std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times,
-                             ZestraNS::LayoutMode layout) {
+                             ZestraNS::LayoutMode layout, bool article) {
   Laps laps(times);
   MemoryBuffer in(page.data(), static_cast<unsigned int>(page.size()), MemoryBuffer::kReadInPlace);
   std::string utf8;
@@ -102,28 +109,43 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   }
   laps.To(kParse);
 
+  if (article) {
+    zestra::ReadMetadata(*tree, std::string());
+    laps.To(kMetadata);
+  }
+
   Orvel::SmartPtr<ZestraNS::KTable> root(new ZestraNS::KTable(nullptr, 1, 3, 0));
   std::u16string title;
-  ZestraNS::BuildTreeConsumingDocTree(*tree, root, &title, layout);
+  if (article) {
+    ZestraNS::BuildTreeFromDocTree(*tree, root, &title, layout);
+  } else {
+    ZestraNS::BuildTreeConsumingDocTree(*tree, root, &title, layout);
+  }
   laps.To(kLayout);
 
   ZestraNS::KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   const ZestraNS::DocumentType type =
       ZestraNS::ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
-  std::optional<ZestraNS::ZestraTextExtractor> extractor;
+  std::optional<ZestraNS::RecordingTextExtractor> extractor;
+  ZestraNS::KeptText kept;
   const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(layout);
-  extractor.emplace(root, type == ZestraNS::LinkDocument, tuning.values, tuning.weights);
+  extractor.emplace(root, type == ZestraNS::LinkDocument, tuning.values, tuning.weights, article ? &kept : nullptr);
   laps.To(kRanking);
 
   MemoryBuffer buffer(4096);
-  extractor->GetText(&buffer);
+  extractor->GetTextRecording(&buffer);
   std::u16string text;
   text.reserve(buffer.vSize() / 2);
   buffer.DiscardLookAhead();
   buffer.vSeekG(0, Orvel::kSeekBegin, Orvel::kSeekAbsolute);
   buffer.Copy(text, 0xFFFFFFFFu);
   laps.To(kWriting);
+
+  if (article) {
+    zestra::WriteArticle(*tree, kept, zestra::Format::kMarkdown, std::string(), false);
+    laps.To(kArticle);
+  }
 
   extractor.reset();
   root = nullptr;

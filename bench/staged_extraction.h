@@ -8,6 +8,7 @@
 //   charset      DecodeDocument: detection and conversion to UTF-8
 //   parse        the tokenizer and the tree builder, straight into the
 //                HtmlDocTree's nodes
+//   metadata     (with `article`) the article's metadata
 //   layout       BuildTreeConsumingDocTree: the layout tree and the title, in
 //                the layout asked for
 //   ranking      the document statistics and type (as ExtractText does),
@@ -15,6 +16,7 @@
 //                and the counting walk
 //   writing      GetText into a working buffer, and the copy of the buffer
 //                into the wide string
+//   article      (with `article`) the Markdown of the kept text
 //   freeing      releasing the layout tree and the parsed document
 //
 // Thread-safety: an object is used by one thread; objects on different
@@ -35,9 +37,11 @@ namespace zestra_bench {
 enum Stage : int {
   kCharset,
   kParse,
+  kMetadata,  // with `article`: the metadata
   kLayout,
   kRanking,
   kWriting,
+  kArticle,  // with `article`: the Markdown
   kFreeing,
   kStageCount,
 };
@@ -57,9 +61,13 @@ struct StageTimes {
 
 // Extracts the text of `page`, read in `charset`, as Beautify over bytes
 // does with `layout` kTables, or as zestra::Extract does in `layout`,
-// adding the time of each stage to `times`; returns the text.
+// adding the time of each stage to `times`; returns the text. With
+// `article`, as zestra::Extract does with Format::kMarkdown: the metadata
+// is read after the parse (stage kMetadata), the layout keeps the parsed
+// tree whole, the text items written are recorded, and the Markdown is
+// written after the text (stage kArticle).
 std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, StageTimes& times,
-                             ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables);
+                             ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables, bool article = false);
 
 // The same extraction through the public entry point, untimed.
 std::u16string ExtractWithBeautify(std::string_view page, Orvel::CHARSET charset);

@@ -1,6 +1,6 @@
 // zestra-bench: throughput of the extraction over folders of pages.
 //
-//   zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] DIR...
+//   zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] [--article] DIR...
 //
 // Loads every page (.html, .html.gz) below the folders into memory, checks
 // that the staged extraction gives Beautify's text for every page (with
@@ -45,11 +45,14 @@ struct Options {
   int warmup = 1;
   int threads = 0;  // 0: no scaling run
   ZestraNS::LayoutMode layout = ZestraNS::LayoutMode::kTables;
+  bool article = false;
   std::vector<std::string> folders;
 };
 
 int Usage() {
-  std::fprintf(stderr, "usage: zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] DIR...\n");
+  std::fprintf(stderr,
+               "usage: zestra-bench [--passes N] [--warmup N] [--threads N] [--layout blocks|tables] [--article] "
+               "DIR...\n");
   return 2;
 }
 
@@ -70,6 +73,8 @@ bool ParseOptions(int argc, char** argv, Options& options) {
                   : nullptr;
     if (target != nullptr) {
       if (i + 1 == argc || !ParseCount(argv[++i], arg == "--warmup" ? 0 : 1, *target)) return false;
+    } else if (arg == "--article") {
+      options.article = true;
     } else if (arg == "--layout") {
       const std::string name = i + 1 < argc ? argv[++i] : "";
       if (name != "blocks" && name != "tables") return false;
@@ -145,22 +150,38 @@ int main(int argc, char** argv) {
   }
 
   StageTimes times;
+  StageTimes article_times;
   for (int pass = 0; pass < options.passes; ++pass) {
     for (const Page& page : pages) zestra_bench::ExtractStaged(page.bytes, kCharset, times, options.layout);
+    if (!options.article) continue;
+    for (const Page& page : pages) {
+      zestra_bench::ExtractStaged(page.bytes, kCharset, article_times, options.layout, true);
+    }
   }
-  const double total = times.Total();
   const double extractions = static_cast<double>(pages.size()) * options.passes;
-  std::printf("\none thread, %d passes after %d warm-up, processor time: %.1f pages/s, %.2f MB/s\n", options.passes,
-              options.warmup + 1, extractions / total, MegaBytes(bytes * options.passes) / total);
-  std::printf("%-26s %12s %8s %9s\n", "stage", "ms per pass", "share", "MB/s");
-  for (int stage = 0; stage < zestra_bench::kStageCount; ++stage) {
-    const double seconds = times.seconds[stage];
-    std::printf("%-26s %12.1f %7.1f%% %9.1f\n", zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage)),
-                1e3 * seconds / options.passes, 100.0 * seconds / total,
-                MegaBytes(bytes * options.passes) / seconds);
+  auto print_stages = [&](const StageTimes& run, const char* what) {
+    const double total = run.Total();
+    std::printf("\n%sone thread, %d passes after %d warm-up, processor time: %.1f pages/s, %.2f MB/s\n", what,
+                options.passes, options.warmup + 1, extractions / total, MegaBytes(bytes * options.passes) / total);
+    std::printf("%-26s %12s %8s %9s\n", "stage", "ms per pass", "share", "MB/s");
+    for (int stage = 0; stage < zestra_bench::kStageCount; ++stage) {
+      const double seconds = run.seconds[stage];
+      if (seconds == 0 && (stage == zestra_bench::kMetadata || stage == zestra_bench::kArticle)) continue;
+      std::printf("%-26s %12.1f %7.1f%% %9.1f\n", zestra_bench::StageName(static_cast<zestra_bench::Stage>(stage)),
+                  1e3 * seconds / options.passes, 100.0 * seconds / total,
+                  MegaBytes(bytes * options.passes) / seconds);
+    }
+    std::printf("%-26s %12.1f %7.1f%% %9.1f\n", "end to end", 1e3 * total / options.passes, 100.0,
+                MegaBytes(bytes * options.passes) / total);
+  };
+  print_stages(times, "");
+  if (options.article) {
+    print_stages(article_times, "with Markdown and metadata: ");
+    const double plain = times.Total();
+    const double with = article_times.Total();
+    std::printf("Markdown and metadata add %.1f%% to the extraction's time (%.1f against %.1f ms per pass)\n",
+                100.0 * (with - plain) / plain, 1e3 * with / options.passes, 1e3 * plain / options.passes);
   }
-  std::printf("%-26s %12.1f %7.1f%% %9.1f\n", "end to end", 1e3 * total / options.passes, 100.0,
-              MegaBytes(bytes * options.passes) / total);
 
   if (options.threads > 0) {
     std::printf("\nthreads  pages/s     MB/s  speed-up (%s, %d passes, wall-clock time)\n",

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "article_fields.h"
 #include "ordered_runner.h"
 #include "out_dir.h"
 #include "page_list.h"
@@ -48,6 +49,7 @@ std::string JsonRecord(const std::string& path, const Outcome& outcome) {
     record["charset"] = outcome.result.charset_name;
     record["layout"] = zestra::LayoutName(outcome.result.layout);
     record["text"] = outcome.result.text;
+    AddArticleFields(outcome.result, record);
   }
   return record.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -56,6 +58,12 @@ std::string JsonRecord(const std::string& path, const Outcome& outcome) {
 // for a batch on standard output.
 bool WritesJson(const ExtractSettings& settings, bool batch) {
   return settings.format == "json" || (settings.format.empty() && batch && settings.out_dir.empty());
+}
+
+// The extension of a page's file under --out-dir.
+std::string OutputExtension(const ExtractSettings& settings, bool json) {
+  if (json) return ".json";
+  return settings.format == "markdown" ? ".md" : settings.format == "html" ? ".html" : ".txt";
 }
 
 class ExtractRun {
@@ -94,6 +102,11 @@ class ExtractRun {
     return total;
   }
 
+  // What a page gives outside JSON: its text, or its Markdown or HTML.
+  static const std::string& PageOutput(const zestra::Result& result) {
+    return result.format == zestra::Format::kText ? result.text : result.formatted;
+  }
+
   // Runs on a worker thread; never throws, as RunOrdered requires.
   Outcome Work(std::size_t index) {
     const PageEntry& page = pages_[index];
@@ -115,6 +128,9 @@ class ExtractRun {
       options.whole_text = settings_.whole;
       options.layout = settings_.layout;
       options.max_memory = static_cast<std::size_t>(settings_.max_memory_mib) << 20;
+      options.url = settings_.url;
+      options.images = settings_.images;
+      zestra::FormatFromName(json_ ? settings_.with : settings_.format, &options.format);
       outcome.result = zestra::Extract(bytes, options);
       if (!settings_.out_dir.empty()) WriteFile(page, outcome);
     } catch (const zestra::MemoryLimitExceeded&) {
@@ -131,7 +147,7 @@ class ExtractRun {
   // Writes the page's output under --out-dir; a failure becomes the page's
   // error.
   void WriteFile(const PageEntry& page, Outcome& outcome) const {
-    const fs::path target = OutputPath(settings_.out_dir, page, json_);
+    const fs::path target = OutputPath(settings_.out_dir, page, OutputExtension(settings_, json_));
     std::error_code error;
     fs::create_directories(target.parent_path(), error);
     if (error && !fs::is_directory(target.parent_path())) {
@@ -142,7 +158,7 @@ class ExtractRun {
     if (json_) {
       file << JsonRecord(page.path, outcome) << '\n';
     } else {
-      file << outcome.result.text;
+      file << PageOutput(outcome.result);
     }
     file.close();
     if (!file) {
@@ -163,7 +179,8 @@ class ExtractRun {
         const std::string line = JsonRecord(pages_[index].path, outcome) + '\n';
         std::fwrite(line.data(), 1, line.size(), stdout);
       } else if (!failed) {
-        std::fwrite(outcome.result.text.data(), 1, outcome.result.text.size(), stdout);
+        const std::string& output = PageOutput(outcome.result);
+        std::fwrite(output.data(), 1, output.size(), stdout);
       }
     }
     progress_.Draw(failed);
@@ -184,7 +201,7 @@ int RunExtract(const ExtractSettings& settings) {
   bool batch = false;
   if (!ListCommandPages(settings.inputs, &pages, &batch)) return kExitError;
   if (!settings.out_dir.empty()) {
-    const std::string collision = FindOutputCollision(pages, settings.out_dir, WritesJson(settings, batch));
+    const std::string collision = FindOutputCollision(pages, settings.out_dir, OutputExtension(settings, WritesJson(settings, batch)));
     if (!collision.empty()) {
       std::fprintf(stderr, "zestra: %s\n", collision.c_str());
       return kExitError;

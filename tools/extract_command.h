@@ -27,9 +27,16 @@ struct ExtractSettings {
   // The memory ceiling of each page's extraction in MiB
   // (zestra::Options::max_memory); 0: none.
   unsigned max_memory_mib = 0;
-  // "text", "json", or empty: JSON Lines for a batch on standard output,
-  // text otherwise.
+  // "text", "json", "markdown", "html", "warc", or empty: JSON Lines for a batch
+  // on standard output, text otherwise.
   std::string format;
+  // "markdown" or "html": JSON records carry the page in that form too;
+  // empty: they do not.
+  std::string with;
+  // The page's address (zestra::Options::url); may be empty.
+  std::string url;
+  // Images in the Markdown or HTML.
+  bool images = false;
   // Pages extracted at once, at least 1.
   unsigned jobs = 1;
   // Empty: write to standard output; else the folder that receives one

@@ -28,11 +28,16 @@ Examples:
   zestra extract --jobs 4 --out-dir texts/ site/   one .txt file per page, mirroring site/
   zestra extract crawl.warc.gz > pages.jsonl       the HTML pages of a web archive (also *.warc, directories)
   zestra extract --format warc crawl.warc.gz > texts.warc   their texts as WARC conversion records
+  zestra extract --format markdown --url https://example.org/a.html a.html
+  zestra extract --with html site/         JSON Lines with an "html" field per page
 
 One page gives its text; several pages or a directory give JSON Lines
-({"path", "title", "type": "content"|"links", "charset", "layout", "text"}; a page that
-failed gives {"path", "error"}). Web archives give {"url", "warc_record_id",
-"date", "title", "type", "charset", "layout", "text"} for each HTML page. Exit status: 0 when every page was read, 1
+({"path", "title", "type": "content"|"links", "charset", "layout", "text",
+"metadata": {"title", "author", "date_published", "date_modified", "site_name",
+"description", "language", "canonical_url", "image", "tags", "sources"}}, and
+"markdown" or "html" with --with; a page that failed gives {"path", "error"}).
+Web archives give {"url", "warc_record_id", "date", "title", "type", "charset",
+"layout", "text"} for each HTML page. Exit status: 0 when every page was read, 1
 when some failed, 2 when none could be read or the arguments are wrong.
 )";
 
@@ -41,7 +46,8 @@ Examples:
   zestra tree page.html | less
   zestra tree site/ > trees.txt       every page below site/, each tree after a line "==> PATH <=="
 
-Prints each table with its grid size (columns x rows), nesting level, rank
+Prints the page's metadata with where each field came from, then each table
+with its grid size (columns x rows), nesting level, rank
 and whether it won, each cell with its counters, rank and whether its text
 was kept, and each text shortened to one line.
 )";
@@ -114,10 +120,18 @@ int main(int argc, char** argv) {
                               "ceiling); the other pages go on")
       ->type_name("MIB");
   extract_command->add_option("--format", extract.format,
-                              "text or json; default: text for one page, JSON Lines for several; warc: "
-                              "WARC conversion records, for web archives")
-      ->check(CLI::IsMember({"text", "json", "warc"}))
-      ->type_name("text|json|warc");
+                              "text, json, markdown or html; default: text for one page, JSON Lines for "
+                              "several; warc: WARC conversion records, for web archives")
+      ->check(CLI::IsMember({"text", "json", "markdown", "html", "warc"}))
+      ->type_name("text|json|markdown|html|warc");
+  extract_command->add_option("--with", extract.with, "JSON records also carry the page as markdown or html")
+      ->check(CLI::IsMember({"markdown", "html"}))
+      ->type_name("markdown|html");
+  extract_command->add_option("--url", extract.url,
+                              "The page's address: relative links and images resolve against it, and it "
+                              "is the canonical address when the page names none")
+      ->type_name("URL");
+  extract_command->add_flag("--images", extract.images, "Images in the Markdown or HTML");
   extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
       ->check(CLI::Range(1u, 1024u))
       ->type_name("N")
@@ -139,6 +153,7 @@ int main(int argc, char** argv) {
   tree_command->add_option("inputs", tree.inputs,
                            "Pages, as for extract: files, directories or - for standard input (the default)");
   tree_command->add_option("--charset", tree_charset, "As for extract")->type_name("NAME");
+  tree_command->add_option("--url", tree.url, "As for extract")->type_name("URL");
   std::string tree_layout = "blocks";
   tree_command->add_option("--layout", tree_layout, "As for extract")
       ->check(CLI::IsMember({"blocks", "tables"}))

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "article_fields.h"
 #include "extract_command.h"
 #include "page_list.h"
 #include "page_reader.h"
@@ -208,6 +209,7 @@ bool PrintPageTree(const TreeSettings& settings, const std::string& path, std::s
   zestra::Options options;
   options.charset = settings.charset;
   options.layout = settings.layout;
+  options.url = settings.url;
   const zestra::Result result = zestra::Extract(bytes, options);
   OrvelFile::MemoryBuffer input(bytes.data(), static_cast<unsigned int>(std::min(bytes.size(), zestra::kMaxInputBytes)),
                                 OrvelFile::MemoryBuffer::kReadInPlace);
@@ -227,6 +229,7 @@ bool PrintPageTree(const TreeSettings& settings, const std::string& path, std::s
               zestra::LayoutName(result.layout));
   std::printf("kept      %u words, %s\n", selection.CountWords(),
               links ? "the whole text" : "the cells kept in the tables that won");
+  PrintMetadata(result.metadata, stdout);
   TreePrinter(root, document, *selection.Installed(), tuning.weights).Print();
   return true;
 }

@@ -19,6 +19,8 @@ struct TreeSettings {
   int charset = -1;
   // How the pages are laid out (zestra::Layout).
   zestra::Layout layout = zestra::Layout::kBlocks;
+  // The page's address (zestra::Options::url); may be empty.
+  std::string url;
 };
 
 // Prints the tree of every page to standard output, in the order of the

@@ -21,6 +21,8 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "zestra/export.h"
 
@@ -67,6 +69,55 @@ enum class Layout : int {
 };
 // Extract reads any other value as kBlocks.
 
+// The form of Result::formatted.
+enum class Format : int {
+  // None: Result::text is the only text.
+  kText = 0,
+  // CommonMark with pipe tables: headings, paragraphs, lists, quotes, code
+  // blocks, tables, emphasis, code, links and (with Options::images)
+  // images of the kept text.
+  kMarkdown = 1,
+  // A fragment of HTML with the same structure, safe to show inside another
+  // page: only p, h1-h6, ul, ol, li, blockquote, pre, code, table, tr, th,
+  // td, em, strong, sub, sup, a, br and img, with only the attributes
+  // href, src, alt, start and colspan; only http, https and mailto
+  // addresses, or relative ones; every text and value escaped.
+  kHtml = 2,
+};
+// Extract reads any other value as kText.
+
+// Facts about the article that the page's markup states. Every string is
+// UTF-8 and empty when the page does not state it. Sources, best first:
+// JSON-LD (an Article, NewsArticle, BlogPosting, ... object, also inside
+// @graph), Open Graph <meta property="og:...">, other <meta> names and the
+// document's own markup (<html lang>, <link rel="canonical">), microdata
+// (itemprop), <time datetime>, bylines in the page (rel="author", byline
+// and author classes), dates in the page's address, and the <title>.
+struct Metadata {
+  // The article's own title: without the site's name that <title> often
+  // adds ("Title - Site").
+  std::string title;
+  // The authors' names, in the order the source gives them.
+  std::vector<std::string> author;
+  // ISO 8601: "2024-03-05", "2024-03-05T14:07:09", "2024-03-05T14:07:09Z",
+  // "2024-03-05T14:07:09+01:00"; the zone is the one written.
+  std::string date_published;
+  std::string date_modified;
+  std::string site_name;
+  std::string description;
+  // A language tag, as "en" or "en-US".
+  std::string language;
+  // Absolute http or https addresses.
+  std::string canonical_url;
+  std::string image;
+  std::vector<std::string> tags;
+  // Where each field that was found came from: (field name, source) pairs
+  // in the order of the fields above, the source being one of "json-ld",
+  // "opengraph", "meta", "html", "link", "microdata", "time", "byline",
+  // "url", "title".
+  std::vector<std::pair<std::string, std::string>> sources;
+};
+
 // How Extract reads a document. New fields are added at the end with a
 // default that keeps the behaviour of earlier versions, save `layout`,
 // whose default is the layout that serves today's pages.
@@ -98,6 +149,14 @@ struct Options {
   // servers' default labels often contradict. A code page the library
   // cannot convert counts as none.
   int transport_charset = kSniffCharset;
+  // Also write the kept text as Markdown or HTML (Result::formatted).
+  Format format = Format::kText;
+  // Include images in the Markdown or HTML.
+  bool images = false;
+  // The page's address, which relative links and images are resolved
+  // against where the document sets no <base>, and which holds dates and
+  // serves as canonical_url when the page names none. May be empty.
+  std::string url;
 };
 
 // Thrown by Extract when a page needs more memory than Options::max_memory
@@ -133,6 +192,14 @@ struct Result {
   std::string charset_name;
   // The layout the page was read with (Options::layout).
   Layout layout = Layout::kBlocks;
+  // The same text as `text`, word for word, as Markdown or HTML
+  // (Options::format); empty for Format::kText or when nothing is kept.
+  std::string formatted;
+  // The form of `formatted` (Options::format).
+  Format format = Format::kText;
+  // The article's facts; see Metadata. Unlike `title` above, which is the
+  // document's <title> as it stands, metadata.title is the article's.
+  Metadata metadata;
 };
 
 // Extracts the main text of the HTML document in `bytes` (at most
@@ -159,6 +226,13 @@ ZESTRA_EXPORT const char* LayoutName(Layout layout);
 // The layout named `name` ("tables" or "blocks", lower case); false, with
 // `*layout` unchanged, for any other name.
 ZESTRA_EXPORT bool LayoutFromName(std::string_view name, Layout* layout);
+
+// The name of a format: "text", "markdown" or "html".
+ZESTRA_EXPORT const char* FormatName(Format format);
+
+// The format named `name` ("text", "markdown" or "html"); false, with
+// `*format` unchanged, for any other name.
+ZESTRA_EXPORT bool FormatFromName(std::string_view name, Format* format);
 
 // The version of the library, "MAJOR.MINOR.PATCH".
 ZESTRA_EXPORT const char* Version();

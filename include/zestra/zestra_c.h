@@ -72,6 +72,16 @@ typedef enum zestra_layout {
   ZESTRA_LAYOUT_BLOCKS = 1
 } zestra_layout;
 
+/* The form of zestra_result.formatted (zestra::Format in zestra.h). */
+typedef enum zestra_format {
+  /* None: the text is the only output. */
+  ZESTRA_FORMAT_TEXT = 0,
+  /* CommonMark with pipe tables. */
+  ZESTRA_FORMAT_MARKDOWN = 1,
+  /* A fragment of HTML that is safe to show inside another page. */
+  ZESTRA_FORMAT_HTML = 2
+} zestra_format;
+
 /* How zestra_extract reads a document. Fill it with zestra_options_init,
  * then change fields. */
 typedef struct zestra_options {
@@ -103,7 +113,41 @@ typedef struct zestra_options {
    * mark, unmarked 16-bit text and bytes that are valid UTF-8 beyond
    * ASCII. */
   int transport_charset;
+  /* A zestra_format value: the text also as Markdown or HTML. Default
+   * ZESTRA_FORMAT_TEXT, also for callers whose options end before this
+   * field. Any other value makes zestra_extract fail with
+   * ZESTRA_INVALID_ARGUMENT. */
+  int format;
+  /* Non-zero: images in the Markdown or HTML. Default 0. */
+  int images;
+  /* The page's address, NUL-terminated UTF-8, or NULL (the default):
+   * relative links resolve against it, and it is the canonical address
+   * when the page names none. Read during the call only. */
+  const char* url;
 } zestra_options;
+
+/* Facts about the article (zestra::Metadata in zestra.h). Every string is
+ * UTF-8, NUL-terminated, "" when not found. */
+typedef struct zestra_metadata {
+  /* The article's own title, without the site name of <title>. */
+  const char* title;
+  /* author_count names. */
+  const char* const* author;
+  size_t author_count;
+  /* ISO 8601 dates ("2024-03-05", "2024-03-05T14:07:09+01:00"). */
+  const char* date_published;
+  const char* date_modified;
+  const char* site_name;
+  const char* description;
+  /* A language tag ("en", "en-US"). */
+  const char* language;
+  /* Absolute http or https addresses. */
+  const char* canonical_url;
+  const char* image;
+  /* tag_count tags. */
+  const char* const* tags;
+  size_t tag_count;
+} zestra_metadata;
 
 /* The result of zestra_extract. Every string is UTF-8 and ends with a NUL
  * byte; a size is the string's length in bytes without that NUL. */
@@ -122,6 +166,13 @@ typedef struct zestra_result {
   const char* charset_name;
   /* The layout the page was read with. */
   zestra_layout layout;
+  /* The text as Markdown or HTML (zestra_options.format); "" for
+   * ZESTRA_FORMAT_TEXT. */
+  const char* formatted;
+  size_t formatted_size;
+  zestra_format format;
+  /* The article's facts. */
+  zestra_metadata metadata;
 } zestra_result;
 
 /* Sets `options` to the defaults of this header's version, its size field

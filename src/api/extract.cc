@@ -6,7 +6,10 @@
 #include <new>
 #include <string>
 
+#include "api/article_output.h"
 #include "api/extract_text.h"
+#include "api/kept_text.h"
+#include "api/metadata.h"
 #include "builder/build_tree.h"
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
@@ -36,12 +39,14 @@ constexpr const char kVersion[] = ZESTRA_STRINGIFY(ZESTRA_VERSION_MAJOR) "." ZES
     ZESTRA_VERSION_MINOR) "." ZESTRA_STRINGIFY(ZESTRA_VERSION_PATCH);
 
 // Writes the whole text of the tree under `root`, unranked, and returns the
-// type its counters give (which the whole text does not depend on).
-ZestraNS::DocumentType ExtractWholeText(const Orvel::SmartPtr<ZestraNS::KTable>& root, StreamBuf& out) {
+// type its counters give (which the whole text does not depend on). The
+// items written go to `kept` when it is not null.
+ZestraNS::DocumentType ExtractWholeText(const Orvel::SmartPtr<ZestraNS::KTable>& root, StreamBuf& out,
+                                        ZestraNS::KeptText* kept) {
   ZestraNS::KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
-  ZestraNS::ZestraTextExtractor extractor(root, true, nullptr);
-  extractor.GetText(&out);
+  ZestraNS::RecordingTextExtractor extractor(root, true, nullptr, nullptr, kept);
+  extractor.GetTextRecording(&out);
   return ZestraNS::ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
 }
 
@@ -105,23 +110,37 @@ Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMe
   CheckCeiling(ceiling);
 
   Result result;
+  // Read before the layout walk, which may release the parsed tree.
+  result.metadata = ReadMetadata(tree, options.url);
+  const bool formatted = options.format == Format::kMarkdown || options.format == Format::kHtml;
   std::u16string title;
   Orvel::SmartPtr<ZestraNS::KTable> root = ZestraNS::NewRootTable();
   const ZestraNS::LayoutMode mode =
       options.layout == Layout::kTables ? ZestraNS::LayoutMode::kTables : ZestraNS::LayoutMode::kBlocks;
-  ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
+  // The Markdown and HTML are read from the parsed tree: it must stay whole.
+  if (formatted) {
+    ZestraNS::BuildTreeFromDocTree(tree, root, &title, mode);
+  } else {
+    ZestraNS::BuildTreeConsumingDocTree(tree, root, &title, mode);
+  }
   CheckCeiling(ceiling);
 
   OrvelFile::MemoryBuffer text(kTextBufferCapacity);
   ZestraNS::DocumentType type = ZestraNS::LinkDocument;
+  ZestraNS::KeptText kept;
   if (options.whole_text) {
-    type = ExtractWholeText(root, text);
+    type = ExtractWholeText(root, text, formatted ? &kept : nullptr);
   } else {
-    ZestraNS::ExtractText(root, text, &type, mode);
+    ZestraNS::ExtractText(root, text, &type, mode, formatted ? &kept : nullptr);
   }
   root = nullptr;  // the tree is not needed for the conversion
   if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
   CheckCeiling(ceiling);
+  if (formatted) {
+    result.format = options.format;
+    const std::string& page_url = options.url.empty() ? result.metadata.canonical_url : options.url;
+    result.formatted = WriteArticle(tree, kept, options.format, page_url, options.images);
+  }
 
   result.text = Utf8Text(text);
   result.title = Utf8(title);
@@ -173,6 +192,30 @@ bool LayoutFromName(std::string_view name, Layout* layout) {
     *layout = Layout::kTables;
   } else if (name == "blocks") {
     *layout = Layout::kBlocks;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+const char* FormatName(Format format) {
+  switch (format) {
+    case Format::kMarkdown:
+      return "markdown";
+    case Format::kHtml:
+      return "html";
+    default:
+      return "text";
+  }
+}
+
+bool FormatFromName(std::string_view name, Format* format) {
+  if (name == "text") {
+    *format = Format::kText;
+  } else if (name == "markdown") {
+    *format = Format::kMarkdown;
+  } else if (name == "html") {
+    *format = Format::kHtml;
   } else {
     return false;
   }

@@ -1,5 +1,7 @@
 #include "api/extract_text.h"
 
+#include "api/kept_text.h"
+
 #include "zestra/api/layout_tuning.h"
 #include "zestra/model/k_statistics.h"
 #include "zestra/traversal/zestra_text_extractor.h"
@@ -19,14 +21,14 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 }
 
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type, LayoutMode mode) {
+                 DocumentType* type, LayoutMode mode, KeptText* kept) {
   KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   *type = ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
   // The extractor lives only for this one walk.
   const LayoutTuning tuning = TuningOf(mode);
-  ZestraTextExtractor extractor(root, *type == LinkDocument, tuning.values, tuning.weights);
-  extractor.GetText(&out);
+  RecordingTextExtractor extractor(root, *type == LinkDocument, tuning.values, tuning.weights, kept);
+  extractor.GetTextRecording(&out);
 }
 
 }  // namespace ZestraNS

@@ -17,6 +17,8 @@
 
 namespace ZestraNS {
 
+class KeptText;
+
 // A document is a LinkDocument when its share of words outside links is at
 // most kMaxNonLinkShare and its words outside links per link are at most
 // kMaxNonLinkWordsPerLink; a value equal to a bound counts as at or below
@@ -37,10 +39,11 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 // position of `out`: the whole text for a LinkDocument, the ranked
 // selection for a ContentDocument (ZestraTextExtractor with the tuning of
 // `mode`, zestra/api/layout_tuning.h: its built-in parameters for kTables). `mode` is
-// the layout the tree was built with.
+// the layout the tree was built with. When `kept` is not null, every text
+// item written is recorded in it (api/kept_text.h).
 // REQUIRES: root and type are not null.
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type, LayoutMode mode = LayoutMode::kTables);
+                 DocumentType* type, LayoutMode mode = LayoutMode::kTables, KeptText* kept = nullptr);
 
 }  // namespace ZestraNS
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "zestra/zestra.h"
 
@@ -178,3 +179,69 @@ TEST(CApiTest, LabelsAndVersion) {
 }
 
 }  // namespace
+
+namespace {
+
+// Strings of a C array, checked for their NUL.
+std::vector<std::string> Strings(const char* const* strings, size_t count) {
+  return std::vector<std::string>(strings, strings + count);
+}
+
+}  // namespace
+
+TEST(CApiTest, FormatsAndMetadata) {
+  const char kArticle[] =
+      "<html lang=en><head><title>Story | Site</title>"
+      "<meta name=author content='Ann Author'><meta name=keywords content='one, two'>"
+      "<meta property=og:image content='/lead.png'></head><body>"
+      "<p>Plain <b>words</b> that a C program reads back through the result, with no link among them at "
+      "all, so that the ranking keeps them.</p></body></html>";
+  zestra_options options;
+  zestra_options_init(&options);
+  EXPECT_EQ(options.format, ZESTRA_FORMAT_TEXT);
+  EXPECT_EQ(options.images, 0);
+  EXPECT_EQ(options.url, nullptr);
+  options.format = ZESTRA_FORMAT_MARKDOWN;
+  options.url = "https://c.example/story.html";
+  zestra_result* result = nullptr;
+  ASSERT_EQ(zestra_extract(kArticle, std::strlen(kArticle), &options, &result), ZESTRA_OK);
+  const std::string markdown =
+      "Plain **words** that a C program reads back through the result, with no link among them at all, so that "
+      "the ranking keeps them.\n";
+  EXPECT_EQ(Bytes(result->formatted, result->formatted_size), markdown);
+  EXPECT_EQ(result->format, ZESTRA_FORMAT_MARKDOWN);
+  const zestra_metadata& m = result->metadata;
+  EXPECT_STREQ(m.title, "Story");
+  EXPECT_EQ(Strings(m.author, m.author_count), std::vector<std::string>{"Ann Author"});
+  EXPECT_EQ(Strings(m.tags, m.tag_count), (std::vector<std::string>{"one", "two"}));
+  EXPECT_STREQ(m.language, "en");
+  EXPECT_STREQ(m.image, "https://c.example/lead.png");
+  EXPECT_STREQ(m.canonical_url, "https://c.example/story.html");
+  EXPECT_STREQ(m.date_published, "");
+  const zestra::Result cpp = zestra::Extract(kArticle, [] {
+    zestra::Options o;
+    o.format = zestra::Format::kMarkdown;
+    o.url = "https://c.example/story.html";
+    return o;
+  }());
+  EXPECT_EQ(cpp.formatted, markdown);
+  zestra_result_free(result);
+
+  // Options from a header without the format fields: text only, and the
+  // fields past their size are not read.
+  options.size = offsetof(zestra_options, format);
+  options.format = 99;
+  ASSERT_EQ(zestra_extract(kArticle, std::strlen(kArticle), &options, &result), ZESTRA_OK);
+  EXPECT_EQ(result->format, ZESTRA_FORMAT_TEXT);
+  EXPECT_STREQ(result->formatted, "");
+  EXPECT_STREQ(result->metadata.title, "Story");
+  EXPECT_EQ(result->metadata.tag_count, 2u);
+  zestra_result_free(result);
+  // An unknown format is refused.
+  options.size = sizeof(zestra_options);
+  EXPECT_EQ(zestra_extract(kArticle, std::strlen(kArticle), &options, &result), ZESTRA_INVALID_ARGUMENT);
+  options.format = ZESTRA_FORMAT_HTML;
+  ASSERT_EQ(zestra_extract(kArticle, std::strlen(kArticle), &options, &result), ZESTRA_OK);
+  EXPECT_EQ(std::string(result->formatted).rfind("<p>Plain <strong>words</strong>", 0), 0u) << result->formatted;
+  zestra_result_free(result);
+}

@@ -63,7 +63,8 @@ TEST(ZestraToolTest, BadInputGivesOneLineAndStatusTwo) {
       {{"extract", "--bogus", "whole.html.gz"}, "zestra: unknown option '--bogus'; see 'zestra extract --help'\n"},
       {{"extract", "--jobs", "0", "whole.html.gz"}, "zestra: --jobs: Value 0 not in range 1 to 1024\n"},
       {{"extract", "--format", "xml", "whole.html.gz"},
-       "zestra: --format: xml not in {text,json,warc}\n"},
+       "zestra: --format: xml not in {text,json,markdown,html,warc}\n"},
+      {{"extract", "--with", "text", "whole.html.gz"}, "zestra: --with: text not in {markdown,html}\n"},
       {{"extract", "--quiet", "--progress", "whole.html.gz"}, "zestra: --quiet excludes --progress\n"},
       {{"frobnicate"}, "zestra: unknown command 'frobnicate'\n"},
       {{}, "zestra: A subcommand is required\n"},
@@ -152,8 +153,24 @@ TEST(ZestraToolTest, OutputForms) {
   EXPECT_EQ(RunTool({"extract", "-"}, kPage, folder).out, text);
   const ToolRun json = RunTool({"extract", "--format", "json", "-"}, kPage, folder);
   EXPECT_EQ(Json::parse(json.out),
-            Json({{"path", "-"}, {"title", "Small page"}, {"type", "content"}, {"charset", "windows-1252"},
-                  {"layout", "blocks"}, {"text", text}}));
+            Json({{"path", "-"},
+                  {"title", "Small page"},
+                  {"type", "content"},
+                  {"charset", "windows-1252"},
+                  {"layout", "blocks"},
+                  {"text", text},
+                  {"metadata",
+                   {{"title", "Small page"},
+                    {"author", Json::array()},
+                    {"date_published", ""},
+                    {"date_modified", ""},
+                    {"site_name", ""},
+                    {"description", ""},
+                    {"language", ""},
+                    {"canonical_url", ""},
+                    {"image", ""},
+                    {"tags", Json::array()},
+                    {"sources", {{"title", "title"}}}}}}));
   EXPECT_EQ(json.err, "");  // one page: no summary
 
   // A directory: its pages in path order, compressed ones read through.
@@ -223,6 +240,51 @@ TEST(ZestraToolTest, HelpVersionAndTree) {
   EXPECT_NE(tree.out.find("cell (1,0)  words 12  link words 7  links 6  tables 0  rank 0.4167  dropped (table "
                           "lost)\n"),
             std::string::npos);
+}
+
+TEST(ZestraToolTest, MarkdownHtmlAndMetadata) {
+  const fs::path folder = ScratchFolder("formats");
+  WriteFile(folder / "site" / "a.html",
+            "<title>Story - Site</title><meta property='article:published_time' content='2024-03-05'>"
+            "<nav><a href=/a>Home</a> <a href=/b>News</a></nav><article><h1>Story</h1><p>Plain <em>words</em> of "
+            "a page with a <a href='next.html'>link</a> inside, read by the blocks layout as its article.</p>"
+            "</article>");
+  const std::string markdown =
+      "# Story\n\nPlain *words* of a page with a [link](https://x.example/dir/next.html) inside, read by the "
+      "blocks layout as its article.\n";
+  const std::string html =
+      "<h1>Story</h1>\n<p>Plain <em>words</em> of a page with a <a href=\"https://x.example/dir/next.html\">link</a> "
+      "inside, read by the blocks layout as its article.</p>\n";
+  const std::vector<std::string> url = {"--url", "https://x.example/dir/a.html"};
+  auto run = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin() + 1, url.begin(), url.end());
+    return RunTool(arguments, "", folder);
+  };
+  EXPECT_EQ(run({"extract", "--format", "markdown", "site/a.html"}).out, markdown);
+  EXPECT_EQ(run({"extract", "--format", "html", "site/a.html"}).out, html);
+  // Without an address the link stays relative.
+  EXPECT_NE(RunTool({"extract", "--format", "markdown", "site/a.html"}, "", folder).out.find("[link](next.html)"),
+            std::string::npos);
+  const Json record = Json::parse(run({"extract", "--format", "json", "--with", "markdown", "site/a.html"}).out);
+  EXPECT_EQ(record["markdown"], markdown);
+  EXPECT_EQ(record["metadata"]["title"], "Story");
+  EXPECT_EQ(record["metadata"]["date_published"], "2024-03-05");
+  EXPECT_EQ(record["metadata"]["canonical_url"], "https://x.example/dir/a.html");
+  EXPECT_EQ(record["metadata"]["sources"]["date_published"], "opengraph");
+  EXPECT_FALSE(record.contains("html"));
+  // A batch with --with html: JSON Lines with the HTML; files with .md.
+  const std::vector<Json> records = JsonLines(run({"extract", "-q", "--with", "html", "site"}).out);
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(records[0]["html"], html);
+  run({"extract", "-q", "--format", "markdown", "-o", "out", "site"});
+  EXPECT_EQ(ReadFile(folder / "out" / "a.md"), markdown);
+  // The tree shows where each field came from.
+  const ToolRun tree = run({"tree", "site/a.html"});
+  EXPECT_NE(tree.out.find("metadata\n  title           \"Story\"  from title\n"
+                          "  date_published  \"2024-03-05\"  from opengraph\n"
+                          "  canonical_url   \"https://x.example/dir/a.html\"  from url\n"),
+            std::string::npos)
+      << tree.out;
 }
 
 TEST(ZestraToolTest, LayoutOption) {
