@@ -9,7 +9,7 @@
 #include <string>
 
 #include "api/kept_text.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/zestra.h"
 
 namespace zestra {

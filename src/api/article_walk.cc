@@ -11,8 +11,8 @@
 #include "builder/block_analysis.h"
 #include "builder/block_signals.h"
 #include "zestra/base/wide_chars.h"
-#include "zestra/platform/charset_conversion.h"
-#include "zestra/platform/html_keyword_table.h"
+#include "zestra/charset/charset_conversion.h"
+#include "zestra/html/html_keyword_table.h"
 
 namespace zestra {
 namespace {

@@ -46,7 +46,7 @@
 
 #include "api/article_sink.h"
 #include "api/kept_text.h"
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 
 namespace zestra {
 

@@ -26,7 +26,7 @@
 #include <cstddef>
 #include <string>
 
-#include "zestra/platform/html_doc_tree.h"
+#include "zestra/html/html_doc_tree.h"
 #include "zestra/zestra.h"
 
 namespace zestra {
