@@ -278,6 +278,10 @@ class WarcRun {
       options.transport_charset = zestra::CharsetFromLabel(task.record.charset_label);
       options.whole_text = settings_.whole;
       options.layout = settings_.layout;
+      options.max_memory = static_cast<std::size_t>(settings_.max_memory_mib) << 20;
+      // Relative links and the canonical address resolve against the
+      // record's own address.
+      options.url = outcome.url;
       outcome.result = zestra::Extract(task.record.payload, options);
     } catch (const std::bad_alloc&) {
       outcome.error = "cannot extract '" + outcome.url + "' in '" + outcome.archive + "': out of memory";
