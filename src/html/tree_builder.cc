@@ -997,7 +997,7 @@ class Builder {
     if (text.empty()) return;
     ReconstructFormatting(text.begin);
     InsertText(text);
-    if (!AllSpace(text.chars)) frameset_ok_ = false;
+    if (frameset_ok_ && !AllSpace(text.chars)) frameset_ok_ = false;
   }
 
   void FlushTableText() {
@@ -1028,7 +1028,7 @@ class Builder {
       text = {scratch_text_, text.begin, text.end, false};
     }
     // U+FFFD stands for NULs here, which do not count as text for frameset-ok.
-    if (!AllSpace(text.chars) && text.chars.find_first_not_of(" \t\n\f\r\xEF\xBF\xBD") != std::string_view::npos) {
+    if (frameset_ok_ && text.chars.find_first_not_of(" \t\n\f\r\xEF\xBF\xBD") != std::string_view::npos) {
       frameset_ok_ = false;
     }
     InsertText(text);

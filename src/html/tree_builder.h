@@ -7,13 +7,15 @@
 //
 // Limits, so that a parse is linear in its input whatever the markup:
 //   - The stack of open elements holds at most kMaxDepth elements (<html>
-//     is depth 1). An element whose start tag comes when the stack is full
-//     is still made and put into the tree, but as an empty leaf: it is not
-//     pushed, so what follows (its content, by the markup) goes into the
-//     element at the limit. Raw text after such an element (the content of
-//     a <script>, <style>, <title>, <textarea>, ...) is dropped, as the
-//     element it would belong to has no content. Formatting elements are not
-//     reconstructed past the limit.
+//     is depth 1). A start tag that comes when the stack is full is dropped,
+//     attributes and all, so what follows it (its content, by the markup)
+//     goes into the element at the limit; its end tag closes what it names
+//     among the elements kept, or nothing. Start tags of elements that are
+//     never open for long still come: void elements, raw-text and RCDATA
+//     elements (script, style, title, textarea, ...) and self-closing
+//     foreign elements, so the stack may hold one more. The implied tbody
+//     and tr that a table part brings may take it a few further. Formatting
+//     elements are not reconstructed into a full stack.
 //   - The list of active formatting elements keeps at most
 //     kMaxFormattingEntries entries; pushing one more drops the oldest
 //     element (not marker) of the list, which then stays in the tree as an

@@ -219,6 +219,44 @@ TEST(HtmlDocParser, BuildsTheTreeOfADocument) {
   EXPECT_FALSE(p->HasAttribute(HtmlKeywordTable::kLinkAtt));
 }
 
+// The tree the parser builds for markup that the tree-construction rules
+// repair, in keyword ids: misnested formatting (the adoption agency), text
+// foster-parented out of a table, implied rows and bodies, SVG content (kIdOther
+// below the svg root), a comment that keeps the text on its two sides apart,
+// select content, and a second <body> whose attributes join the first.
+TEST(HtmlDocParser, RepairsMarkupAsTheStandardDoes) {
+  const struct {
+    const char* html;
+    const char* tree;
+  } kCases[] = {
+      {"<p><b>1<i>2</b>3</i>4", "1[10,1[12[2['1',2['2']],2['3'],'4']]]"},
+      {"<table>x<tr><td>c</table>", "1[10,1['x',50[39[15[21['c']]]]]]"},
+      {"<svg><a>s</a><title>t</title></svg>", "1[10,1[26[7['s'],7['t']]]]"},
+      {"<div>a <!-- c --> b</div>", "1[10,1[18['a ',' b']]]"},
+      {"<select><div>o</div></select>", "1[10,1[16[18['o']]]]"},
+      {"<body a=1><body b=2>x", "1[10,1['x']]"},
+      {"<ul><li>a<li>b</ul>", "1[10,1[42[5['a'],5['b']]]]"},
+  };
+  for (const auto& c : kCases) {
+    const auto tree = Parse(c.html);
+    EXPECT_EQ(Dump(tree->TopLevel()), c.tree) << c.html;
+  }
+  const auto bodies = Parse("<body a=1><body b=2>x");
+  std::string value;
+  bodies->TopLevel()[0]->Children()[1]->GetParam("b", value);
+  EXPECT_EQ(value, "2");
+  // An element closed by its end tag spans to the end of it; one closed by
+  // the parser spans its start tag alone.
+  const std::string page = "<div><p>one<p>two</div>";
+  const auto spans = Parse(page);
+  const HtmlTreeNode* first = Find(*spans, OrvelParser::kIdParagraph);
+  const HtmlTreeNode* div = Find(*spans, OrvelParser::kIdDivision);
+  ASSERT_NE(first, nullptr);
+  ASSERT_NE(div, nullptr);
+  EXPECT_EQ(first->SourceLength(), 3u);
+  EXPECT_EQ(div->SourceLength(), page.size());
+}
+
 TEST(HtmlDocParser, ReadsSpansAndTableStructure) {
   const auto tree = Parse("<table><tr><td rowspan=\"2\" COLSPAN=3>a</td><th>b</th></tr></table>"
                           "<pre>\r\nx\n</pre><br><ul><li>one<li>two</ul>");
