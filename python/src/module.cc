@@ -81,8 +81,13 @@ zestra::Result ExtractPage(const Page& page, zestra::Options options) {
   return zestra::Extract(page.bytes, options);
 }
 
-PyResult Extract(const py::object& html, const std::string& layout, const py::object& charset, bool whole) {
-  const zestra::Options options = ParseOptions(layout, charset, whole);
+PyResult Extract(const py::object& html, const std::string& layout, const py::object& charset, bool whole,
+                 const std::string& format, const std::string& url) {
+  zestra::Options options = ParseOptions(layout, charset, whole);
+  if (!zestra::FormatFromName(format, &options.format)) {
+    throw py::value_error("unknown format '" + format + "': use 'text', 'markdown' or 'html'");
+  }
+  options.url = url;
   const Page page = ToPage(html, options);
   PyResult out;
   py::gil_scoped_release release;
@@ -210,6 +215,28 @@ py::list HeaderList(const zestra::WarcHeaders& headers) {
   return out;
 }
 
+// The article's facts as a dict of the tool's JSON "metadata" object: every
+// field, empty strings and lists where the page states none.
+py::dict MetadataDict(const zestra::Metadata& metadata) {
+  auto strings = [](const std::vector<std::string>& values) {
+    py::list out;
+    for (const std::string& value : values) out.append(Decode(value));
+    return out;
+  };
+  py::dict out;
+  out["title"] = Decode(metadata.title);
+  out["author"] = strings(metadata.author);
+  out["date_published"] = Decode(metadata.date_published);
+  out["date_modified"] = Decode(metadata.date_modified);
+  out["site_name"] = Decode(metadata.site_name);
+  out["description"] = Decode(metadata.description);
+  out["language"] = Decode(metadata.language);
+  out["canonical_url"] = Decode(metadata.canonical_url);
+  out["image"] = Decode(metadata.image);
+  out["tags"] = strings(metadata.tags);
+  return out;
+}
+
 }  // namespace
 
 PYBIND11_MODULE(_zestra, m) {
@@ -227,7 +254,9 @@ PYBIND11_MODULE(_zestra, m) {
       .def_property_readonly("layout", [](const PyResult& r) { return zestra::LayoutName(r.result.layout); })
       .def_property_readonly("url", [](const PyResult& r) { return OrNone(r.url); })
       .def_property_readonly("warc_record_id", [](const PyResult& r) { return OrNone(r.record_id); })
-      .def_property_readonly("date", [](const PyResult& r) { return OrNone(r.date); });
+      .def_property_readonly("date", [](const PyResult& r) { return OrNone(r.date); })
+      .def_property_readonly("formatted", [](const PyResult& r) { return OrNone(r.result.formatted); })
+      .def_property_readonly("metadata", [](const PyResult& r) { return MetadataDict(r.result.metadata); });
 
   py::class_<zestra::WarcRecord>(m, "WarcRecord")
       .def_property_readonly("version", [](const zestra::WarcRecord& r) { return Decode(r.version); })
@@ -253,7 +282,8 @@ PYBIND11_MODULE(_zestra, m) {
       .def_property_readonly("counts", &WarcIterator::Counts);
 
   m.def("extract", &Extract, py::arg("html"), py::kw_only(), py::arg("layout") = "blocks",
-        py::arg("charset") = py::none(), py::arg("whole") = false);
+        py::arg("charset") = py::none(), py::arg("whole") = false, py::arg("format") = "text",
+        py::arg("url") = "");
   m.def("extract_many", &ExtractMany, py::arg("pages"), py::kw_only(), py::arg("jobs"), py::arg("layout") = "blocks",
         py::arg("charset") = py::none(), py::arg("whole") = false);
   m.def(

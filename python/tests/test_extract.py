@@ -43,6 +43,16 @@ def test_options_and_str_input(tool, page_paths):
     assert zestra.extract(b"").text == ""
 
 
+def test_markdown_and_metadata_equal_the_tools(tool, page_paths):
+    expected = json_lines(run_tool(tool, "--format", "json", "--with", "markdown", "--url",
+                                   "https://example.org/a/page.html", page_paths[0]).stdout)[0]
+    result = zestra.extract(page_paths[0].read_bytes(), format="markdown", url="https://example.org/a/page.html")
+    assert result.formatted == expected["markdown"]
+    assert {k: v for k, v in result.metadata.items()} == {k: v for k, v in expected["metadata"].items()
+                                                           if k != "sources"}
+    assert zestra.extract(b"<p>plain").formatted is None
+
+
 @pytest.mark.parametrize("call, error, message", [
     (lambda: zestra.extract(42), TypeError, "html must be bytes or str, not int"),
     (lambda: zestra.extract(None), TypeError, "html must be bytes or str, not NoneType"),
@@ -50,6 +60,7 @@ def test_options_and_str_input(tool, page_paths):
     (lambda: zestra.extract(b"", layout=1), TypeError, ""),
     (lambda: zestra.extract(b"", charset="klingon"), ValueError, "unknown charset 'klingon'"),
     (lambda: zestra.extract(b"", charset=1252), TypeError, "charset must be a str or None"),
+    (lambda: zestra.extract(b"", format="pdf"), ValueError, "unknown format 'pdf'"),
     (lambda: zestra.extract(b"", "tables"), TypeError, ""),
     (lambda: zestra.extract_many([b"<p>", 3], jobs=2), TypeError, "not int"),
     (lambda: zestra.extract_many([b"<p>"], jobs=0), ValueError, "jobs must be at least 1"),

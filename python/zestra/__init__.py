@@ -32,17 +32,20 @@ class WarcError(OSError):
     names the file and the byte offset of the record."""
 
 
-def extract(html, *, layout="blocks", charset=None, whole=False):
+def extract(html, *, layout="blocks", charset=None, whole=False, format="text", url=None):
     """The main text of one HTML page.
 
     html: the page, as bytes (in ``charset``, or sniffed as browsers do when
     it is None) or as str. layout: "blocks" (today's pages) or "tables"
     (pages laid out with HTML tables). whole: every text of the page,
-    unranked. Returns a Result (text, title, type, charset, layout).
-    Raises TypeError for an html that is neither bytes nor str, ValueError
-    for an unknown layout or charset.
+    unranked. format: "markdown" or "html" also gives the kept text with its
+    structure as Result.formatted. url: the page's address, which relative
+    links resolve against. Returns a Result (text, title, type, charset,
+    layout, formatted, metadata). Raises TypeError for an html that is
+    neither bytes nor str, ValueError for an unknown layout, charset or
+    format.
     """
-    return _extract(html, layout=layout, charset=charset, whole=whole)
+    return _extract(html, layout=layout, charset=charset, whole=whole, format=format, url=url or "")
 
 
 def extract_many(pages, *, jobs=None, layout="blocks", charset=None, whole=False):
