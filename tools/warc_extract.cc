@@ -16,6 +16,7 @@
 #include <utility>
 #include <vector>
 
+#include "article_fields.h"
 #include "ordered_runner.h"
 #include "progress.h"
 #include "warc_writer.h"
@@ -317,6 +318,7 @@ class WarcRun {
         record["charset"] = outcome.result.charset_name;
         record["layout"] = zestra::LayoutName(outcome.result.layout);
         record["text"] = outcome.result.text;
+        AddArticleFields(outcome.result, record);
       }
       out = record.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
     }

@@ -188,6 +188,9 @@ PyResult ExtractRecord(const zestra::WarcRecord& record, const std::string& layo
                        bool whole) {
   zestra::Options options = ParseOptions(layout, charset, whole);
   options.transport_charset = zestra::CharsetFromLabel(record.charset_label);
+  // Relative links and the canonical address resolve against the record's
+  // own address, as the tool reads archives.
+  options.url = record.url;
   PyResult out;
   out.url = record.url;
   out.record_id = record.record_id;
@@ -216,7 +219,8 @@ py::list HeaderList(const zestra::WarcHeaders& headers) {
 }
 
 // The article's facts as a dict of the tool's JSON "metadata" object: every
-// field, empty strings and lists where the page states none.
+// field, empty strings and lists where the page states none, and "sources",
+// the source of each field found.
 py::dict MetadataDict(const zestra::Metadata& metadata) {
   auto strings = [](const std::vector<std::string>& values) {
     py::list out;
@@ -234,6 +238,9 @@ py::dict MetadataDict(const zestra::Metadata& metadata) {
   out["canonical_url"] = Decode(metadata.canonical_url);
   out["image"] = Decode(metadata.image);
   out["tags"] = strings(metadata.tags);
+  py::dict sources;
+  for (const auto& [field, source] : metadata.sources) sources[Decode(field)] = Decode(source);
+  out["sources"] = sources;
   return out;
 }
 

@@ -84,12 +84,12 @@ def extract_warc(path, *, layout="blocks", charset=None, whole=False, start=0, e
 def result_dict(result):
     """A Result as a dict with the keys of ``zestra extract``'s JSON Lines:
     url, warc_record_id, date (for pages of archives), title, type,
-    charset, layout, text."""
+    charset, layout, text, metadata."""
     out = {}
     if result.warc_record_id is not None:
         out["url"] = result.url or ""
         out["warc_record_id"] = result.warc_record_id
         out["date"] = result.date or ""
     out.update(title=result.title, type=result.type, charset=result.charset, layout=result.layout,
-               text=result.text)
+               text=result.text, metadata=result.metadata)
     return out

@@ -277,7 +277,7 @@ TEST(ZestraToolTest, MarkdownHtmlAndMetadata) {
   ASSERT_EQ(records.size(), 1u);
   EXPECT_EQ(records[0]["html"], html);
   run({"extract", "-q", "--format", "markdown", "-o", "out", "site"});
-  EXPECT_EQ(ReadFile(folder / "out" / "a.md"), markdown);
+  EXPECT_EQ(ReadFile(folder / "out" / "a.html.md"), markdown);
   // The tree shows where each field came from.
   const ToolRun tree = run({"tree", "site/a.html"});
   EXPECT_NE(tree.out.find("metadata\n  title           \"Story\"  from title\n"
