@@ -1,8 +1,10 @@
 #include "zestra/base/memory_pool.h"
 
 #include <malloc.h>
+#include <sys/mman.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -28,11 +30,10 @@ bool InjectedFailure() noexcept {
   return false;
 }
 
-}  // namespace
-
-void* MemoryPool::New(std::size_t size) noexcept {
-  if (size == 0) return nullptr;
-  void* p = InjectedFailure() ? nullptr : std::malloc(size);
+// Fails `p` (a fresh block of the C library, or null for a failed request)
+// as MemoryPool's contract says: counts a failure and calls the
+// new-handler; or frees it when it would pass the thread's ceiling.
+void* Admit(void* p) noexcept {
   if (p == nullptr) {
     ++failed_requests;
     if (std::new_handler handler = std::get_new_handler()) handler();
@@ -44,6 +45,45 @@ void* MemoryPool::New(std::size_t size) noexcept {
     return nullptr;
   }
   return p;
+}
+
+}  // namespace
+
+void* MemoryPool::New(std::size_t size) noexcept {
+  if (size == 0) return nullptr;
+  return Admit(InjectedFailure() ? nullptr : std::malloc(size));
+}
+
+void* MemoryPool::Map(std::size_t size, std::size_t alignment) noexcept {
+  if (size == 0) return nullptr;
+  void* region = MAP_FAILED;
+  const std::size_t span = size + alignment;
+  if (span > size && !InjectedFailure()) {
+    region = mmap(nullptr, span, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  }
+  if (region == MAP_FAILED) {
+    ++failed_requests;
+    if (std::new_handler handler = std::get_new_handler()) handler();
+    return nullptr;
+  }
+  // The aligned part of a mapping one alignment longer; the rest goes back.
+  const auto base = reinterpret_cast<std::uintptr_t>(region);
+  const std::uintptr_t start = (base + alignment - 1) & ~static_cast<std::uintptr_t>(alignment - 1);
+  const std::size_t head = start - base;
+  if (head != 0) munmap(region, head);
+  if (span - head - size != 0) munmap(reinterpret_cast<char*>(start) + size, span - head - size);
+  void* p = reinterpret_cast<void*>(start);
+  if (MemoryCeiling::Installed() && !MemoryCeiling::Take(size)) {
+    munmap(p, size);
+    return nullptr;
+  }
+  return p;
+}
+
+void MemoryPool::Unmap(void* p, std::size_t size) noexcept {
+  if (p == nullptr) return;
+  if (MemoryCeiling::Installed()) MemoryCeiling::Give(size);
+  munmap(p, size);
 }
 
 void MemoryPool::Delete(void* p) noexcept {

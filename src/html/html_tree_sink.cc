@@ -9,7 +9,8 @@ namespace {
 
 // The position of `node` in `list`, searched from the end (the builder
 // nearly always works at the end of a list); list.end() when absent.
-HtmlTreeNode::List::iterator FindFromEnd(HtmlTreeNode::List& list, const void* node) {
+template <class List>
+auto FindFromEnd(List& list, const void* node) {
   for (auto it = list.end(); it != list.begin();) {
     --it;
     if (it->Get() == node) return it;
@@ -17,30 +18,39 @@ HtmlTreeNode::List::iterator FindFromEnd(HtmlTreeNode::List& list, const void* n
   return list.end();
 }
 
-HtmlTreeNode::Entry MakeNode(uint32_t word, uint32_t position, uint32_t length, ElementNumber element) {
-  HtmlTreeNode::Entry entry(new HtmlTreeNode(word, position, length, element));
-  if (!entry) throw std::bad_alloc();
-  return entry;
+// The prefix of an attribute's name in its namespace ("xlink:"); the
+// namespace declaration xmlns itself has none.
+std::string_view PrefixOf(const SinkAttribute& attribute) {
+  switch (attribute.ns) {
+    case AttributeNamespace::kXlink:
+      return "xlink:";
+    case AttributeNamespace::kXml:
+      return "xml:";
+    case AttributeNamespace::kXmlns:
+      return attribute.name == "xmlns" ? "" : "xmlns:";
+    case AttributeNamespace::kNone:
+      break;
+  }
+  return "";
 }
 
 }  // namespace
 
-void HtmlTreeSink::AddAttribute(HtmlTreeNode& node, const SinkAttribute& attribute, std::string& name) {
-  switch (attribute.ns) {
-    case AttributeNamespace::kXlink:
-      name.assign("xlink:").append(attribute.name);
-      break;
-    case AttributeNamespace::kXml:
-      name.assign("xml:").append(attribute.name);
-      break;
-    case AttributeNamespace::kXmlns:
-      name.assign(attribute.name == "xmlns" ? "" : "xmlns:").append(attribute.name);
-      break;
-    default:
-      node.AddParam(attribute.name, attribute.value);
-      return;
+HtmlTreeNode::Entry HtmlTreeSink::MakeNode(uint32_t word, uint32_t position, uint32_t length,
+                                           ElementNumber element) {
+  HtmlTreeNode::Entry entry = HtmlTreeNode::Make(arena_, word, position, length, element);
+  if (!entry) throw std::bad_alloc();
+  return entry;
+}
+
+void HtmlTreeSink::AddAttribute(HtmlTreeNode& node, const SinkAttribute& attribute) {
+  const std::string_view prefix = PrefixOf(attribute);
+  if (prefix.empty()) {
+    node.AddParam(arena_, attribute.name, attribute.value);
+    return;
   }
-  node.AddParam(name, attribute.value);
+  name_.assign(prefix).append(attribute.name);
+  node.AddParam(arena_, name_, attribute.value);
 }
 
 SinkNode HtmlTreeSink::CreateElement(const SinkElement& element) {
@@ -61,7 +71,14 @@ SinkNode HtmlTreeSink::CreateElement(const SinkElement& element) {
     if ((named.word & HtmlKeywordTable::kIdMask) == kIdOther) keyword = named;
   }
   HtmlTreeNode::Entry entry = MakeNode(keyword.word, element.begin, element.end - element.begin, keyword.element);
-  for (const SinkAttribute& attribute : element.attributes) AddAttribute(*entry, attribute, name_);
+  if (!element.attributes.empty()) {
+    std::size_t bytes = 0;
+    for (const SinkAttribute& attribute : element.attributes) {
+      bytes += PrefixOf(attribute).size() + attribute.name.size() + attribute.value.size() + 2;
+    }
+    entry->ReservePayload(arena_, bytes);
+    for (const SinkAttribute& attribute : element.attributes) AddAttribute(*entry, attribute);
+  }
   HtmlTreeNode* node = entry.Get();
   detached_.push_back(std::move(entry));
   ++node_count_;
@@ -75,22 +92,18 @@ void HtmlTreeSink::Insert(SinkNode parent, SinkNode child, SinkNode before) {
   detached_.erase(held);
   HtmlTreeNode::List& list = ListOf(parent);
   auto at = before == nullptr ? list.end() : FindFromEnd(list, before);
-  list.insert(at, std::move(entry));
+  list.Insert(arena_, at, std::move(entry));
 }
 
 void HtmlTreeSink::Remove(SinkNode parent, SinkNode child) {
   HtmlTreeNode::List& list = ListOf(parent);
   auto at = FindFromEnd(list, child);
   if (at == list.end()) return;
-  detached_.push_back(std::move(*at));
-  list.erase(at);
+  detached_.push_back(list.Erase(at));
 }
 
 void HtmlTreeSink::MoveChildren(SinkNode from, SinkNode to) {
-  HtmlTreeNode::List& source = ListOf(from);
-  HtmlTreeNode::List& target = ListOf(to);
-  target.insert(target.end(), std::make_move_iterator(source.begin()), std::make_move_iterator(source.end()));
-  source.clear();
+  ListOf(to).Append(arena_, ListOf(from));
 }
 
 void HtmlTreeSink::InsertText(SinkNode parent, SinkNode before, std::string_view text, uint32_t begin,
@@ -101,14 +114,14 @@ void HtmlTreeSink::InsertText(SinkNode parent, SinkNode before, std::string_view
   if (at != list.begin()) {
     HtmlTreeNode& previous = **(at - 1);
     if (previous.IsText() && &previous != before_comment_) {
-      previous.AppendText(text);
+      previous.AppendText(arena_, text);
       if (end > previous.SourcePosition()) previous.SetSourceLength(end - previous.SourcePosition());
       return;
     }
   }
   HtmlTreeNode::Entry entry = MakeNode(kIdText, begin, end - begin, kNoElement);
-  entry->SetText(text);
-  list.insert(at, std::move(entry));
+  entry->SetText(arena_, text);
+  list.Insert(arena_, at, std::move(entry));
   ++node_count_;
 }
 
@@ -122,7 +135,7 @@ void HtmlTreeSink::AddMissingAttributes(SinkNode element, std::span<const SinkAt
   auto* node = static_cast<HtmlTreeNode*>(element);
   std::string_view value;
   for (const SinkAttribute& attribute : attributes) {
-    if (!node->FindParam(attribute.name, value)) AddAttribute(*node, attribute, name_);
+    if (!node->FindParam(attribute.name, value)) AddAttribute(*node, attribute);
   }
 }
 

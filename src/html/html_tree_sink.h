@@ -6,8 +6,9 @@
 // element itself). Elements inside SVG and MathML get kIdOther, except the
 // <svg> and <math> roots; <foreignObject> keeps its element number.
 //
-// Nodes are made as the builder asks for them and linked in place: there is
-// no second tree and no conversion pass. A node the builder has taken out of
+// Nodes are made as the builder asks for them, in the sink's NodeArena, and
+// linked in place: there is no second tree and no conversion pass. The
+// nodes outlive the sink (see node_arena.h). A node the builder has taken out of
 // the tree (the adoption agency moves nodes) is held here until it goes back.
 //
 // Thread-safety: one sink per parse.
@@ -15,11 +16,13 @@
 #define ZESTRA_HTML_HTML_TREE_SINK_H_
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "html/tree_sink.h"
 #include "zestra/html/html_keyword_table.h"
 #include "zestra/html/html_tree_node.h"
+#include "zestra/html/node_arena.h"
 
 namespace OrvelParser {
 
@@ -52,12 +55,14 @@ class HtmlTreeSink final : public TreeSink {
   HtmlTreeNode::List& ListOf(SinkNode parent) {
     return parent == nullptr ? top_level_ : static_cast<HtmlTreeNode*>(parent)->Children();
   }
-  static void AddAttribute(HtmlTreeNode& node, const SinkAttribute& attribute, std::string& name);
+  void AddAttribute(HtmlTreeNode& node, const SinkAttribute& attribute);
+  HtmlTreeNode::Entry MakeNode(uint32_t word, uint32_t position, uint32_t length, ElementNumber element);
 
   const HtmlKeywordTable& keywords_;
+  NodeArena arena_;
   HtmlTreeNode::List top_level_;
   // Nodes made or taken out and not (yet) in the tree; few at any time.
-  HtmlTreeNode::List detached_;
+  std::vector<HtmlTreeNode::Entry> detached_;
   uint32_t node_count_ = 0;
   // The text node that a comment follows: text after the comment does not
   // join it. Null when none.

@@ -270,7 +270,7 @@ TEST(BlockLayoutTest, DeepNestingWalksWithoutRecursion) {
   root = SmartPtr<KTable>(new KTable(nullptr, 1, 3, 0));
   cell = root->CreateCell(0, 1);
   AddNodesToBlocks(nodes, cell);
-  nodes.clear();
+  nodes.Clear();
   const KCell* current = cell.Get();
   uint32_t levels = 0;
   while (current->Tables() == 1) {

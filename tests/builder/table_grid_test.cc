@@ -23,8 +23,8 @@ using OrvelParser::kIdTr;
 
 Node Td(const std::string& label, const std::string& rowspan = "", const std::string& colspan = "") {
   Node td = El(kIdTd, {Text(label)});
-  if (!rowspan.empty()) td->AddParam("rowspan", rowspan);
-  if (!colspan.empty()) td->AddParam("colspan", colspan);
+  if (!rowspan.empty()) td = With(td, "rowspan", rowspan);
+  if (!colspan.empty()) td = With(td, "colspan", colspan);
   return td;
 }
 Node Tr(NodeList cells) { return El(kIdTr, std::move(cells)); }

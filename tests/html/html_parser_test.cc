@@ -441,18 +441,20 @@ TEST(HtmlDocParser, CapsTheNestingDepthAndNeedsNoDeepStack) {
 
 TEST(HtmlTreeNode, ReleasesDeepTreesWithoutRecursionAndKeepsSharedSubtrees) {
   RunWithStack(256 << 10, [] {
-    HtmlTreeNode::Entry root(new HtmlTreeNode(OrvelParser::kIdDivision, 0, 0));
+    OrvelParser::NodeArena arena;
+    HtmlTreeNode::Entry root = HtmlTreeNode::Make(arena, OrvelParser::kIdDivision, 0, 0);
     HtmlTreeNode::Entry kept;
     HtmlTreeNode* tip = root.Get();
     for (int i = 0; i < 1000000; ++i) {
-      HtmlTreeNode::Entry child(new HtmlTreeNode(OrvelParser::kIdDivision, 0, 0));
-      tip->Children().push_back(child);
+      HtmlTreeNode::Entry child = HtmlTreeNode::Make(arena, OrvelParser::kIdDivision, 0, 0);
+      tip->Children().PushBack(arena, child);
       tip = child.Get();
       if (i == 10) kept = child;
     }
-    HtmlTreeNode::Entry leaf(new HtmlTreeNode(OrvelParser::kIdText, 0, 0));
-    leaf->SetText("end");
-    tip->Children().push_back(leaf);
+    HtmlTreeNode::Entry leaf = HtmlTreeNode::Make(arena, OrvelParser::kIdText, 0, 0);
+    leaf->SetText(arena, "end");
+    tip->Children().PushBack(arena, leaf);
+    leaf.Reset();
     root.Reset();
     // The subtree held elsewhere outlives its parent, whole.
     EXPECT_EQ(kept.Count(), 1);

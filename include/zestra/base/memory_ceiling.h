@@ -2,10 +2,9 @@
 // extraction of one page, takes on the thread that runs it.
 //
 // While a ceiling is installed on a thread, the library's allocators count
-// what they hand out on that thread and what comes back: MemoryPool (every
-// node of the parsed tree and of the layout tree, their counters and the
-// parsed tree's lists and attribute text) and the parser's arena (all of the
-// HTML parser library's memory). A request that would take the count above
+// what they hand out on that thread and what comes back: MemoryPool, through
+// which come every node of the layout tree with its counters and lists, and
+// the chunks of the parsed tree (its nodes, lists, text and attributes). A request that would take the count above
 // the ceiling is refused as if memory had run out, and the ceiling records
 // that it was reached; the work then fails as it does when memory runs out,
 // and its owner reports the ceiling (zestra::MemoryLimitExceeded). Memory of

@@ -35,6 +35,17 @@ class ZESTRA_EXPORT MemoryPool {
   // Returns `size` bytes aligned for any fundamental type, or null (see the
   // contract above).
   static void* New(std::size_t size) noexcept;
+  // Returns `size` bytes of fresh pages, zero-filled, whose address is a
+  // multiple of `alignment`, or null (see the contract above); returned
+  // with Unmap(p, size). The pages come straight from the system and go
+  // straight back to it: for blocks freed in an order unrelated to the
+  // other allocations, which would leave holes in the C library's heap.
+  // Only touched pages take memory.
+  // REQUIRES: `size` and `alignment` are multiples of the page size (4096)
+  // and `alignment` is a power of two.
+  static void* Map(std::size_t size, std::size_t alignment) noexcept;
+  // Returns pages from Map. REQUIRES: `p` and `size` are as Map gave them.
+  static void Unmap(void* p, std::size_t size) noexcept;
 
   // Frees memory obtained from New. REQUIRES: `p` is null or came from New.
   static void Delete(void* p) noexcept;
