@@ -114,7 +114,8 @@ uint32_t RoughWords(std::string_view utf8, bool& has_text) {
   return words;
 }
 
-BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top) {
+BlockAnalysis::BlockAnalysis(const HtmlTreeNode::List& top, uint32_t node_count) {
+  records_.reserve(node_count);
   // One frame per open element: its children and the element's record.
   struct Frame {
     NodeIterator next;

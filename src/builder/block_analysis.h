@@ -113,7 +113,9 @@ class BlockAnalysis {
  public:
   // Analyses the nodes of `top` and everything below them. The tree must
   // outlive the analysis.
-  explicit BlockAnalysis(const OrvelParser::HtmlTreeNode::List& top);
+  // `node_count`, when not 0, is the number of nodes below `top`: the
+  // records are then allocated once, without the slack of growing.
+  explicit BlockAnalysis(const OrvelParser::HtmlTreeNode::List& top, uint32_t node_count = 0);
   BlockAnalysis(const BlockAnalysis&) = delete;
   BlockAnalysis& operator=(const BlockAnalysis&) = delete;
 

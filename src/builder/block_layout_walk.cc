@@ -71,7 +71,8 @@ using Task = std::variant<Flow, CloseAfter, FillBlocks, FillHtmlTable>;
 
 class BlockWalk {
  public:
-  BlockWalk(const HtmlTreeNode::List& top, WalkedNodes walked) : analysis_(top), walked_(walked) {}
+  BlockWalk(const HtmlTreeNode::List& top, uint32_t node_count, WalkedNodes walked)
+      : analysis_(top, node_count), walked_(walked) {}
 
   void Run(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) {
     stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags(), nullptr, top.begin()});
@@ -224,6 +225,9 @@ class BlockWalk {
     fill.released = DoneWithChildren(fill.owner, fill.released, fill.next.node, walked_);
     if (fill.filled) {
       CloseParagraph(*fill.filled);
+      // The unit is complete: its cell gives back the room kept for appends
+      // (a list of a million one-line items is a million such cells).
+      fill.filled->Compact();
       fill.filled = nullptr;
     }
     BlockCursor first;
@@ -264,8 +268,9 @@ class BlockWalk {
 
 }  // namespace
 
-void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell, WalkedNodes walked) {
-  BlockWalk(top, walked).Run(top, cell);
+void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell, WalkedNodes walked,
+                      uint32_t node_count) {
+  BlockWalk(top, node_count, walked).Run(top, cell);
 }
 
 }  // namespace ZestraNS

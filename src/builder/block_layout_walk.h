@@ -48,9 +48,11 @@
 namespace ZestraNS {
 
 // Lays out the document whose top-level nodes are `top` into `cell`.
+// `node_count`, when not 0, is the number of nodes below `top` (the tree's
+// NodeCount), so that the walk sizes its per-node records once.
 // REQUIRES: cell is not null.
 void AddNodesToBlocks(const OrvelParser::HtmlTreeNode::List& top, Orvel::SmartPtr<KCell>& cell,
-                      WalkedNodes walked = WalkedNodes::kKeep);
+                      WalkedNodes walked = WalkedNodes::kKeep, uint32_t node_count = 0);
 
 }  // namespace ZestraNS
 

@@ -22,7 +22,7 @@ void Build(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root, 
   Orvel::SmartPtr<KCell> content = root->CreateCell(0, 1);
   if (!content) return;
   if (mode == LayoutMode::kBlocks) {
-    AddNodesToBlocks(top, content, walked);
+    AddNodesToBlocks(top, content, walked, tree.NodeCount());
   } else {
     AddNodesToCell(top.begin(), top.end(), content, false, false, TablesLayoutTreatment(), walked);
   }

@@ -13,6 +13,7 @@ KCell::~KCell() {
 }
 
 Orvel::SmartPtr<KCellItem> KCell::AddCellItem() {
+  if (!IsEmpty()) (*Back())->Compact();
   Orvel::SmartPtr<KCellItem> item(new KCellItem(this));
   if (item.IsNull()) return item;
   try {
@@ -21,6 +22,12 @@ Orvel::SmartPtr<KCellItem> KCell::AddCellItem() {
     return nullptr;
   }
   return item;
+}
+
+void KCell::Compact() noexcept {
+  if (IsEmpty()) return;
+  (*Back())->Compact();
+  items_.ShrinkToFit();
 }
 
 void KCell::MakeParagraph() {

@@ -1,6 +1,7 @@
 #include "zestra/model/k_text_record.h"
 
 #include <algorithm>
+#include <new>
 
 #include "zestra/base/wide_chars.h"
 
@@ -19,6 +20,15 @@ void KTextRecord::Append(const std::u16string& text, uint32_t position, uint32_t
     length_ = length;
   } else {
     length_ = position - position_ + length;
+  }
+}
+
+void KTextRecord::Compact() noexcept {
+  if (text_.capacity() < text_.size() + kCompactSlack) return;
+  try {
+    text_.shrink_to_fit();
+  } catch (const std::bad_alloc&) {
+    // The record keeps its room: it only costs memory.
   }
 }
 

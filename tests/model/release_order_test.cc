@@ -90,7 +90,9 @@ TEST_F(ReleaseOrderTest, SummaryThenCaptionThenSlotsEachSubtreeFirst) {
   SmartPtr<KCell> summary = table->CreateSummary();
   SmartPtr<KCellItem> summary_text = AddText(*summary, u"summary");
   SmartPtr<KCell> x = table->CreateCell(0, 0);
-  SmartPtr<KCellItem> x_text = AddText(*x, u"x");
+  // Long enough that the record keeps its own buffer when the next item
+  // compacts it.
+  SmartPtr<KCellItem> x_text = AddText(*x, u"x, a text of some words");
   SmartPtr<KCellItem> x_empty = x->AddCellItem();
   SmartPtr<KCell> y = table->CreateCell(1, 0);
   SmartPtr<KCellItem> caption_item = caption->Begin()[0];

@@ -49,8 +49,8 @@ std::map<std::string, std::string> FileTree(const fs::path& root) {
 }
 
 // A page of `count` one-word paragraphs, each in bold: markup this dense
-// needs some 40 times its size in the parsed and the layout trees, so a
-// million of them (11 MB) need more than 400 MB.
+// needs some 20 to 28 times its size in the parsed and the layout trees,
+// so two million of them (22 MB) need more than 450 MB.
 std::string DenseParagraphs(int count) {
   std::string page;
   page.reserve(static_cast<size_t>(count) * 11);
@@ -63,8 +63,8 @@ TEST(BatchSafetyTest, RunningOutOfMemoryFailsThePageLoudly) {
   GTEST_SKIP() << "the sanitizers reserve more address space than any limit leaves";
 #endif
   const fs::path folder = ScratchFolder("out_of_memory");
-  // The page needs more than 400 MB; each limit runs out at another stage.
-  WriteFile(folder / "wide.html", DenseParagraphs(1000000));
+  // The page needs more than 450 MB; each limit runs out at another stage.
+  WriteFile(folder / "wide.html", DenseParagraphs(2000000));
   WriteFile(folder / "small.html", ReadFile(kSample));
   for (const uint64_t limit : {150u << 20, 200u << 20, 300u << 20}) {
     SCOPED_TRACE(limit);

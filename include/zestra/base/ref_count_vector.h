@@ -70,12 +70,12 @@ class RefCountVector {
   // Appends `p` (one more reference to its object). Throws std::bad_alloc
   // when memory cannot be had.
   void Add(const P& p) {
-    if (size_ == capacity_) Grow(GrownCapacity(size_));
+    if (size_ == capacity_) Reallocate(GrownCapacity(size_));
     new (data_ + size_) P(p);
     ++size_;
   }
   void Add(P&& p) {
-    if (size_ == capacity_) Grow(GrownCapacity(size_));
+    if (size_ == capacity_) Reallocate(GrownCapacity(size_));
     new (data_ + size_) P(std::move(p));
     ++size_;
   }
@@ -102,7 +102,25 @@ class RefCountVector {
 
   // Ensures room for `capacity` elements without changing the size.
   void Reserve(uint32_t capacity) {
-    if (capacity > capacity_) Grow(capacity);
+    if (capacity > capacity_) Reallocate(capacity);
+  }
+
+  // Reduces the capacity to the size when that frees a quarter of the
+  // storage or more; the elements are unchanged. When memory for the
+  // smaller array cannot be had, the capacity stays.
+  void ShrinkToFit() noexcept {
+    if (capacity_ - size_ < capacity_ / 4 || capacity_ == 0) return;
+    if (size_ == 0) {
+      OrvelMem::MemoryPool::Delete(data_);
+      data_ = nullptr;
+      capacity_ = 0;
+      return;
+    }
+    try {
+      Reallocate(size_);
+    } catch (const std::bad_alloc&) {
+      // The array keeps its room: it only costs memory.
+    }
   }
 
   // Releases every element; keeps the storage.
@@ -117,7 +135,8 @@ class RefCountVector {
   }
 
  private:
-  void Grow(uint32_t capacity) {
+  // Moves the elements to an array of `capacity`. REQUIRES: capacity >= size_.
+  void Reallocate(uint32_t capacity) {
     P* data = static_cast<P*>(OrvelMem::MemoryPool::New(sizeof(P) * static_cast<std::size_t>(capacity)));
     if (data == nullptr) throw std::bad_alloc();
     std::uninitialized_move(data_, data_ + size_, data);

@@ -65,8 +65,14 @@ class ZESTRA_EXPORT KCell : public Orvel::RefCounted<KCell> {
 
   // Appends a new empty item whose parent is this cell and returns it (the
   // list and the result each hold a reference). Every call makes a new item.
-  // Returns null, and appends nothing, when memory cannot be had.
+  // Returns null, and appends nothing, when memory cannot be had. The item
+  // that was last compacts its text (KCellItem::Compact): the layout rules
+  // append only to a cell's last item, so its text is final.
   Orvel::SmartPtr<KCellItem> AddCellItem();
+
+  // Gives back the room the item list and the last item's text keep for
+  // appends, for a cell that is complete. Its content is unchanged.
+  void Compact() noexcept;
 
   // If the last item is a text item, applies KCellItem::MakeParagraph to it;
   // otherwise (no items, last item empty or a table) does nothing.

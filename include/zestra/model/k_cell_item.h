@@ -87,6 +87,11 @@ class ZESTRA_EXPORT KCellItem : public Orvel::RefCounted<KCellItem> {
   // REQUIRES: IsText().
   void MakeParagraph();
 
+  // Applies KTextRecord::Compact to the text, if the item has one.
+  void Compact() noexcept {
+    if (IsText()) text_->Compact();
+  }
+
  private:
   friend class Orvel::RefCounted<KCellItem>;
   friend class TreeTeardown;

@@ -50,6 +50,14 @@ class ZESTRA_EXPORT KTextRecord : public Orvel::RefCounted<KTextRecord> {
   // then appends "\n\n" when the text is not empty. The span is unchanged.
   void MakeParagraph();
 
+  // Gives back the room reserved for appends when it exceeds the text by
+  // kCompactSlack characters or more; the text is unchanged. For a record
+  // that is not expected to grow again (it still may, at the cost of a
+  // reallocation). When memory for the smaller copy cannot be had, the
+  // record keeps its room.
+  void Compact() noexcept;
+  static constexpr std::size_t kCompactSlack = 16;
+
  private:
   friend class Orvel::RefCounted<KTextRecord>;
   ~KTextRecord() = default;
