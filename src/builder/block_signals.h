@@ -68,6 +68,26 @@ enum class ElementSignal {
 
 ElementSignal SignalOf(const OrvelParser::HtmlTreeNode& node);
 
+// What an element's markup says of the short lines an article carries
+// beside its text, as bits of LineSignal. Class and id values are matched
+// as above (ids only by whole tokens of few parts):
+//   kByline: an <address>, a <time>, a link with rel="author", or a class
+//     or id word author, byline, dateline, date, pubdate, published,
+//     timestamp, meta (the "entry-meta" line of blogs) and their kin;
+//   kCredit: a class or id word credit, copyright, photographer,
+//     attribution and their kin;
+//   kCaption: a <figcaption>, or a class or id word caption, figcaption,
+//     legend.
+enum LineSignal : uint8_t { kLineByline = 1, kLineCredit = 2, kLineCaption = 4 };
+
+// The element's ElementSignal (as SignalOf gives it) and its LineSignal
+// bits, read in one pass over its attributes.
+struct ElementSignals {
+  ElementSignal signal = ElementSignal::kNone;
+  uint8_t lines = 0;
+};
+ElementSignals SignalsOf(const OrvelParser::HtmlTreeNode& node);
+
 }  // namespace ZestraNS
 
 #endif  // ZESTRA_BUILDER_BLOCK_SIGNALS_H_
