@@ -127,6 +127,7 @@ class Pruner {
         return k.words > 0 && k.words <= tuning_.link_heavy_max_words && LinkShare(k) >= tuning_.link_heavy_min_share;
       });
     }
+    if (tuning_.forms) ByFlag(PruneStep::kForm, KCellMarks::kForm, UINT32_MAX);
     if (tuning_.short_labels) {
       Where(PruneStep::kShortLabel, [this](const Kept& k) {
         return k.end == Index(k) + 1 && k.words > 0 && k.words <= tuning_.short_label_max_words &&
@@ -199,8 +200,12 @@ class Pruner {
 
   // Whether a box may belong to a run of teasers.
   bool Teaser(const Kept& k) const {
-    return !Dropped(k) && k.cell->Marks().signature != 0 && k.links > 0 && k.words <= tuning_.teaser_max_words &&
-           LinkShare(k) >= tuning_.teaser_min_link_share;
+    if (Dropped(k) || k.cell->Marks().signature == 0 || k.links == 0 || k.words > tuning_.teaser_max_words) {
+      return false;
+    }
+    // A plain item (a reference, a list entry) must be mostly its link.
+    const double share = LinkShare(k);
+    return share >= (Has(k, KCellMarks::kBoxed) ? tuning_.teaser_min_link_share : tuning_.teaser_item_link_share);
   }
 
   void TeaserRuns() {
@@ -254,6 +259,8 @@ const char* PruneStepName(PruneStep step) {
       return "byline";
     case PruneStep::kLinkHeavy:
       return "link heavy";
+    case PruneStep::kForm:
+      return "form";
     case PruneStep::kShortLabel:
       return "short label";
   }
@@ -281,6 +288,7 @@ void ChooseSteps(std::string_view names, PruningTuning& tuning) {
   tuning.captions = named(PruneStep::kCaption);
   tuning.bylines = named(PruneStep::kByline);
   tuning.link_heavy = named(PruneStep::kLinkHeavy);
+  tuning.forms = named(PruneStep::kForm);
   tuning.short_labels = named(PruneStep::kShortLabel);
 }
 

@@ -88,17 +88,6 @@ Orvel::CHARSET ReadingCharset(std::string_view bytes, const Options& options) {
   return transport;
 }
 
-ZestraNS::Favor PruningFavor(Favor favor) {
-  switch (favor) {
-    case Favor::kPrecision:
-      return ZestraNS::Favor::kPrecision;
-    case Favor::kRecall:
-      return ZestraNS::Favor::kRecall;
-    default:
-      return ZestraNS::Favor::kBalanced;
-  }
-}
-
 // Ends the extraction when it reached its memory ceiling: a refused
 // allocation may have been taken as nothing to add rather than as a
 // failure, and the result would be incomplete.
@@ -145,7 +134,7 @@ Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMe
     type = ExtractWholeText(root, text, formatted ? &kept : nullptr);
   } else {
     ZestraNS::PruningTuning pruning;
-    const ZestraNS::PruningTuning* chosen = ZestraNS::TuningOf(mode, PruningFavor(options.favor)).pruning;
+    const ZestraNS::PruningTuning* chosen = ZestraNS::TuningOf(mode, static_cast<ZestraNS::Favor>(options.favor)).pruning;
     if (chosen != nullptr) {
       pruning = *chosen;
       if (!options.prune_steps.empty()) ZestraNS::ChooseSteps(options.prune_steps, pruning);

@@ -8,11 +8,10 @@ PruningTuning Balanced() { return PruningTuning(); }
 
 PruningTuning Precision() {
   PruningTuning tuning;
+  tuning.credits = true;
   tuning.captions = true;
+  tuning.bylines = true;
   tuning.link_heavy = true;
-  tuning.short_labels = true;
-  tuning.teaser_min_run = 2;
-  tuning.before_title_max_share = 0.4;
   return tuning;
 }
 
@@ -20,9 +19,7 @@ PruningTuning Recall() {
   PruningTuning tuning;
   tuning.before_title = false;
   tuning.teaser_runs = false;
-  tuning.credits = false;
-  tuning.captions = false;
-  tuning.bylines = false;
+  tuning.forms = false;
   return tuning;
 }
 

@@ -36,9 +36,13 @@ struct Flags {
   uint16_t marks = 0;        // KCellMarks kind bits of the elements around
 };
 
+// An element of more words than this is no byline, credit or caption,
+// whatever its class says.
+constexpr uint32_t kMaxLineWords = 50;
+
 // The KCellMarks bits that say what kind of line a cell holds.
 constexpr uint16_t kKindMarks = KCellMarks::kComments | KCellMarks::kByline | KCellMarks::kCredit |
-                                KCellMarks::kFurniture | KCellMarks::kCaption;
+                                KCellMarks::kFurniture | KCellMarks::kCaption | KCellMarks::kForm;
 
 // Notes that `cell` received a text inside elements of the kinds `marks`:
 // a kind bit stays only while every text of the cell has it.
@@ -59,8 +63,11 @@ uint32_t Mix(uint32_t hash, std::string_view text) {
 
 // The shape of the unit [first, last): for each of its nodes (at most
 // kShapeNodes) the element and class, and the elements of its children.
-// Never 0.
-uint32_t UnitSignature(NodeIterator first, NodeIterator last) {
+// Never 0. `boxed` tells whether its first node is a box rather than a
+// plain item: an element with a class, or with a heading or an image among
+// its children.
+uint32_t UnitSignature(NodeIterator first, NodeIterator last, bool& boxed) {
+  boxed = false;
   constexpr int kShapeNodes = 24;
   uint32_t hash = 2166136261u;
   int budget = kShapeNodes;
@@ -69,9 +76,13 @@ uint32_t UnitSignature(NodeIterator first, NodeIterator last) {
     hash = Mix(hash, node.Name());
     std::string_view class_names;
     if (node.FindParam("class", class_names)) hash = Mix(hash, class_names);
+    if (at == first) boxed = !class_names.empty();
     for (const auto& child : node.Children()) {
       if (budget-- <= 0) break;
-      if (!child->IsText()) hash = Mix(hash, child->Name());
+      if (child->IsText()) continue;
+      hash = Mix(hash, child->Name());
+      const uint32_t id = child->Id();
+      if (at == first && (id == OrvelParser::kIdHeading || id == OrvelParser::kIdGraphics)) boxed = true;
     }
   }
   return hash == 0 ? 1 : hash;
@@ -294,9 +305,10 @@ class BlockWalk {
     // classes say (sites put feature flags such as "f_comment_x_on" there).
     if (flags.boilerplate || node.Id() == OrvelParser::kIdDocument) return;
     const ElementSignals signals = SignalsOf(node);
-    if ((signals.lines & kLineByline) != 0) flags.marks |= KCellMarks::kByline;
-    if ((signals.lines & kLineCredit) != 0) flags.marks |= KCellMarks::kCredit;
-    if ((signals.lines & kLineCaption) != 0) flags.marks |= KCellMarks::kCaption;
+    // A byline, credit or caption is a line: a wrapper so named ("date-outer"
+    // around a whole post) holds more than lines.
+    if (info.Words() <= kMaxLineWords) ReadLines(signals.lines, flags);
+    if ((signals.lines & kLineForm) != 0) flags.marks |= KCellMarks::kForm;
     switch (signals.signal) {
       case ElementSignal::kNone:
         return;
@@ -312,6 +324,13 @@ class BlockWalk {
         }
         return;
     }
+  }
+
+  // Adds the KCellMarks of the LineSignal bits `lines` to `flags`.
+  static void ReadLines(uint8_t lines, Flags& flags) {
+    if ((lines & kLineByline) != 0) flags.marks |= KCellMarks::kByline;
+    if ((lines & kLineCredit) != 0) flags.marks |= KCellMarks::kCredit;
+    if ((lines & kLineCaption) != 0) flags.marks |= KCellMarks::kCaption;
   }
 
   // Marks `cell` as the title's when `node`, a heading, is the first h1 or
@@ -359,7 +378,9 @@ class BlockWalk {
     }
     SmartPtr<KCell> cell = fill.table->CreateCell(0, fill.row++);
     if (!cell) return;  // out of memory: the unit is dropped
-    cell->Marks().signature = UnitSignature(first.node, last);
+    bool boxed = false;
+    cell->Marks().signature = UnitSignature(first.node, last, boxed);
+    if (boxed) cell->Marks().flags |= KCellMarks::kBoxed;
     fill.filled = cell;
     const Flags flags = fill.flags;
     stack_.push_back(Flow{first, last, std::move(cell), flags, nullptr, first.node});

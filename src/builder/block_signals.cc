@@ -21,7 +21,7 @@ constexpr std::string_view kBoilerplateWords[] = {
     "trending",    "widget",     "widgets",
 };
 constexpr std::string_view kCommentWords[] = {
-    "comment", "commentlist", "comments", "discussion", "disqus",
+    "comment", "commentform", "commentlist", "comments", "discussion", "disqus", "respond",
 };
 constexpr std::string_view kBylineWords[] = {
     "author", "authors", "byline", "bylines", "date", "dateline", "meta", "pubdate", "published", "timestamp",
@@ -276,6 +276,7 @@ ElementSignals SignalsOf(const HtmlTreeNode& node) {
   const std::string_view element = node.Name();
   if (element == "figcaption") result.lines |= kLineCaption;
   if (element == "address" || element == "time") result.lines |= kLineByline;
+  if (element == "form") result.lines |= kLineForm;
   if (a.rel && EqualsIgnoringCase(*a.rel, "author")) result.lines |= kLineByline;
   if (a.class_names) result.lines |= ValueLines(*a.class_names, NameAttribute::kClass);
   if (a.id) result.lines |= ValueLines(*a.id, NameAttribute::kId);

@@ -27,7 +27,7 @@ enum class ClassWords {
   // What surrounds the main text: nav, menu, sidebar, share, social,
   // related, ad, promo, cookie, newsletter, breadcrumb and their kin.
   kBoilerplate,
-  // Comment sections: comment, comments, disqus, ...
+  // Comment sections: comment, comments, commentform, disqus, respond, ...
   kComments,
   // Class names that hide an element: hidden, sr-only, visually-hidden, ...
   // matched as whole tokens only ("hidden-xs" hides on small screens only).
@@ -78,7 +78,8 @@ ElementSignal SignalOf(const OrvelParser::HtmlTreeNode& node);
 //     attribution and their kin;
 //   kCaption: a <figcaption>, or a class or id word caption, figcaption,
 //     legend.
-enum LineSignal : uint8_t { kLineByline = 1, kLineCredit = 2, kLineCaption = 4 };
+//   kForm: a <form> (its labels, options and notes).
+enum LineSignal : uint8_t { kLineByline = 1, kLineCredit = 2, kLineCaption = 4, kLineForm = 8 };
 
 // The element's ElementSignal (as SignalOf gives it) and its LineSignal
 // bits, read in one pass over its attributes.

@@ -53,6 +53,8 @@ enum class PruneStep : uint8_t {
   kByline,
   // Cells of few words that lie mostly in links: link bars.
   kLinkHeavy,
+  // Cells whose text lies inside a form: its labels, options and notes.
+  kForm,
   // Cells of very few words, none of them in a sentence: labels.
   kShortLabel,
 };
@@ -77,17 +79,21 @@ struct PruningTuning {
   bool teaser_runs = true;
   uint32_t teaser_min_run = 3;
   uint32_t teaser_max_words = 60;
-  // Each box of a run has at least this share of its words in links.
+  // Each box of a run has at least this share of its words in links; a
+  // plain item (an element without a class, a heading or an image) at
+  // least teaser_item_link_share.
   double teaser_min_link_share = 0.2;
-  bool credits = true;
+  double teaser_item_link_share = 0.7;
+  bool credits = false;
   uint32_t credit_max_words = 20;
   bool captions = false;
   uint32_t caption_max_words = 25;
-  bool bylines = true;
+  bool bylines = false;
   uint32_t byline_max_words = 25;
   bool link_heavy = false;
   uint32_t link_heavy_max_words = 40;
   double link_heavy_min_share = 0.75;
+  bool forms = true;
   bool short_labels = false;
   uint32_t short_label_max_words = 3;
   // No step may leave less than this share of the words kept before it.

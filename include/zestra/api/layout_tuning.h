@@ -44,7 +44,8 @@ struct LayoutTuning {
   const PruningTuning* pruning = nullptr;
 };
 
-// What the pruning favours when it weighs dropping a cell.
+// What the pruning favours when it weighs dropping a cell; the values are
+// those of zestra::Favor.
 enum class Favor : uint8_t {
   kBalanced = 0,
   kPrecision = 1,  // drop more of what lies beside the article
@@ -52,7 +53,7 @@ enum class Favor : uint8_t {
 };
 
 // The tuning of `mode`: all null for LayoutMode::kTables; `favor` chooses
-// the pruning of kBlocks.
+// the pruning of kBlocks (an unknown value counts as kBalanced).
 ZESTRA_EXPORT LayoutTuning TuningOf(LayoutMode mode, Favor favor = Favor::kBalanced);
 
 }  // namespace ZestraNS

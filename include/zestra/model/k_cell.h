@@ -51,6 +51,8 @@ struct KCellMarks {
     kFurniture = 16,  // navigation, header, footer or a boilerplate class
     kCaption = 32,    // a figure caption
     kTitle = 64,      // holds the heading that matches the article's title
+    kBoxed = 128,     // a unit that is a box: a classed element, or one with a heading or an image
+    kForm = 256,      // a form
   };
   // The shape of the block the cell holds: its element, class and the
   // elements of its children, hashed; 0 when the cell is not a unit of a
