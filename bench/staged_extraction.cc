@@ -131,6 +131,7 @@ std::u16string ExtractStaged(std::string_view page, Orvel::CHARSET charset, Stag
   ZestraNS::KeptText kept;
   const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(layout);
   extractor.emplace(root, type == ZestraNS::LinkDocument, tuning.values, tuning.weights, article ? &kept : nullptr);
+  if (tuning.pruning != nullptr) extractor->Prune(*tuning.pruning, type == ZestraNS::LinkDocument);
   laps.To(kRanking);
 
   MemoryBuffer buffer(4096);

@@ -130,6 +130,9 @@ class ExtractRun {
       options.max_memory = static_cast<std::size_t>(settings_.max_memory_mib) << 20;
       options.url = settings_.url;
       options.images = settings_.images;
+      options.comments = settings_.comments;
+      options.favor = settings_.favor;
+      options.prune_steps = settings_.prune_steps;
       zestra::FormatFromName(json_ ? settings_.with : settings_.format, &options.format);
       outcome.result = zestra::Extract(bytes, options);
       if (!settings_.out_dir.empty()) WriteFile(page, outcome);

@@ -37,6 +37,12 @@ struct ExtractSettings {
   std::string url;
   // Images in the Markdown or HTML.
   bool images = false;
+  // Comment sections kept (zestra::Options::comments).
+  bool comments = false;
+  // What the pruning favours (zestra::Options::favor).
+  zestra::Favor favor = zestra::Favor::kBalanced;
+  // The pruning steps to run instead (zestra::Options::prune_steps).
+  std::string prune_steps;
   // Pages extracted at once, at least 1.
   unsigned jobs = 1;
   // Empty: write to standard output; else the folder that receives one

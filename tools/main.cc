@@ -56,6 +56,10 @@ const char kLayoutHelp[] =
     "How pages are laid out: blocks (today's pages: divisions, sections, lists; the default) or tables "
     "(pages laid out with HTML tables; the reference behaviour, the text of the library's Beautify)";
 
+const char kFavorHelp[] =
+    "What the blocks layout's pruning favours: balanced (the default), precision (also drops link bars, "
+    "labels and short captions; may cut some of the article) or recall (drops only comment sections)";
+
 // The code page that `label` names; false when none.
 bool ParseCharset(const std::string& label, int* charset) {
   if (label.empty()) return true;
@@ -132,6 +136,16 @@ int main(int argc, char** argv) {
                               "is the canonical address when the page names none")
       ->type_name("URL");
   extract_command->add_flag("--images", extract.images, "Images in the Markdown or HTML");
+  extract_command->add_flag("--comments", extract.comments, "Keep comment sections (blocks layout)");
+  std::string extract_favor = "balanced";
+  extract_command->add_option("--favor", extract_favor, kFavorHelp)
+      ->check(CLI::IsMember({"balanced", "precision", "recall"}))
+      ->type_name("precision|recall|balanced");
+  extract_command->add_option("--prune-steps", extract.prune_steps,
+                              "The pruning steps to run instead of the favour's, separated by commas: "
+                              "comments, link-furniture, before-title, teaser-run, credit, caption, byline, "
+                              "link-heavy, short-label, or none")
+      ->type_name("LIST");
   extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
       ->check(CLI::Range(1u, 1024u))
       ->type_name("N")
@@ -158,6 +172,11 @@ int main(int argc, char** argv) {
   tree_command->add_option("--layout", tree_layout, "As for extract")
       ->check(CLI::IsMember({"blocks", "tables"}))
       ->type_name("blocks|tables");
+  tree_command->add_flag("--comments", tree.comments, "As for extract");
+  std::string tree_favor = "balanced";
+  tree_command->add_option("--favor", tree_favor, "As for extract")
+      ->check(CLI::IsMember({"balanced", "precision", "recall"}))
+      ->type_name("precision|recall|balanced");
   tree_command->footer(kTreeExamples);
 
   // CLI11 would only say that a command is required.
@@ -181,9 +200,11 @@ int main(int argc, char** argv) {
   if (extract_command->parsed()) {
     if (!ParseCharset(extract_charset, &extract.charset)) return kExitError;
     zestra::LayoutFromName(extract_layout, &extract.layout);  // checked by the parser
+    zestra::FavorFromName(extract_favor, &extract.favor);
     return zestra_tool::RunExtract(extract);
   }
   if (!ParseCharset(tree_charset, &tree.charset)) return kExitError;
   zestra::LayoutFromName(tree_layout, &tree.layout);
+  zestra::FavorFromName(tree_favor, &tree.favor);
   return zestra_tool::RunTree(tree);
 }

@@ -12,6 +12,7 @@
 #include "extract_command.h"
 #include "page_list.h"
 #include "page_reader.h"
+#include "zestra/api/block_pruning.h"
 #include "zestra/api/document_tree.h"
 #include "zestra/api/layout_tuning.h"
 #include "zestra/base/memory_pool.h"
@@ -138,9 +139,14 @@ class TreePrinter {
     const bool table_good = selection_.IsGoodTable(table);
     const bool cell_good = selection_.IsGoodCell(cell);
     Indent(depth);
+    const auto step = static_cast<ZestraNS::PruneStep>(cell->Marks().dropped_by);
+    const std::string verdict = step != ZestraNS::PruneStep::kNone
+                                    ? std::string("dropped (") + ZestraNS::PruneStepName(step) + ")"
+                                : table_good && cell_good ? "kept"
+                                : table_good              ? "dropped (cell rank)"
+                                                          : "dropped (table lost)";
     std::printf("cell %s  words %u  link words %u  links %u  tables %u  rank %.4f  %s\n", where, cell->Words(),
-                cell->WordsInLinksAndImages(), cell->Links(), cell->Tables(), cell->Rank(),
-                table_good && cell_good ? "kept" : table_good ? "dropped (cell rank)" : "dropped (table lost)");
+                cell->WordsInLinksAndImages(), cell->Links(), cell->Tables(), cell->Rank(), verdict.c_str());
     stack_.push_back(Frame{table, cell, 0, depth});
   }
 
@@ -220,8 +226,13 @@ bool PrintPageTree(const TreeSettings& settings, const std::string& path, std::s
   ZestraNS::KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   const bool links = result.type == zestra::DocumentType::kLinks;
-  const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(mode);
+  const ZestraNS::LayoutTuning tuning = ZestraNS::TuningOf(mode, static_cast<ZestraNS::Favor>(settings.favor));
   Selection selection(root, links, tuning.values, tuning.weights);
+  if (tuning.pruning != nullptr) {
+    ZestraNS::PruningTuning pruning = *tuning.pruning;
+    pruning.comments = pruning.comments && !settings.comments;
+    ZestraNS::PruneSelection(root, *selection.Installed(), pruning, links);
+  }
   if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
   std::printf("document  words %u  link words %u  links %u  tables %u  %s  charset %s  layout %s\n",
               document.Words(), document.WordsInLinksAndImages(), document.Links(), document.Tables(),

@@ -21,6 +21,9 @@ struct TreeSettings {
   zestra::Layout layout = zestra::Layout::kBlocks;
   // The page's address (zestra::Options::url); may be empty.
   std::string url;
+  // As for extract (zestra::Options::comments, zestra::Options::favor).
+  bool comments = false;
+  zestra::Favor favor = zestra::Favor::kBalanced;
 };
 
 // Prints the tree of every page to standard output, in the order of the

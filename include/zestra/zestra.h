@@ -86,6 +86,20 @@ enum class Format : int {
 };
 // Extract reads any other value as kText.
 
+// What the blocks layout favours when it prunes, from the tables that won,
+// what sits beside the article (menus, teaser lists, credits, bylines):
+// kBalanced, the default, drops what the development sets showed to be
+// nearly never the article's; kPrecision drops more (link bars, labels,
+// short captions) and may cut some of the article; kRecall drops only
+// comment sections and, on pages of links, the site's furniture. Unused by
+// Layout::kTables.
+enum class Favor : int {
+  kBalanced = 0,
+  kPrecision = 1,
+  kRecall = 2,
+};
+// Extract reads any other value as kBalanced.
+
 // Facts about the article that the page's markup states. Every string is
 // UTF-8 and empty when the page does not state it. Sources, best first:
 // JSON-LD (an Article, NewsArticle, BlogPosting, ... object, also inside
@@ -157,6 +171,17 @@ struct Options {
   // against where the document sets no <base>, and which holds dates and
   // serves as canonical_url when the page names none. May be empty.
   std::string url;
+  // Keep comment sections with the article. By default the blocks layout
+  // leaves them out (save on a page where they are nearly all the text).
+  bool comments = false;
+  // See Favor.
+  Favor favor = Favor::kBalanced;
+  // The pruning steps to run instead of those `favor` runs, by name,
+  // separated by commas: comments, link-furniture, before-title,
+  // teaser-run, credit, caption, byline, link-heavy, short-label; "none"
+  // runs none. Empty: the favour's. Names not listed are ignored. For
+  // measuring the steps one by one.
+  std::string prune_steps;
 };
 
 // Thrown by Extract when a page needs more memory than Options::max_memory
@@ -226,6 +251,10 @@ ZESTRA_EXPORT const char* LayoutName(Layout layout);
 // The layout named `name` ("tables" or "blocks", lower case); false, with
 // `*layout` unchanged, for any other name.
 ZESTRA_EXPORT bool LayoutFromName(std::string_view name, Layout* layout);
+
+// The favour named `name` ("balanced", "precision" or "recall", lower
+// case); false, with `*favor` unchanged, for any other name.
+ZESTRA_EXPORT bool FavorFromName(std::string_view name, Favor* favor);
 
 // The name of a format: "text", "markdown" or "html".
 ZESTRA_EXPORT const char* FormatName(Format format);

@@ -11,6 +11,8 @@
 #include "api/kept_text.h"
 #include "api/metadata.h"
 #include "builder/build_tree.h"
+#include "zestra/api/block_pruning.h"
+#include "zestra/api/layout_tuning.h"
 #include "builder/keyword_table.h"
 #include "zestra/base/charset.h"
 #include "zestra/base/memory_pool.h"
@@ -131,7 +133,14 @@ Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMe
   if (options.whole_text) {
     type = ExtractWholeText(root, text, formatted ? &kept : nullptr);
   } else {
-    ZestraNS::ExtractText(root, text, &type, mode, formatted ? &kept : nullptr);
+    ZestraNS::PruningTuning pruning;
+    const ZestraNS::PruningTuning* chosen = ZestraNS::TuningOf(mode, static_cast<ZestraNS::Favor>(options.favor)).pruning;
+    if (chosen != nullptr) {
+      pruning = *chosen;
+      if (!options.prune_steps.empty()) ZestraNS::ChooseSteps(options.prune_steps, pruning);
+      pruning.comments = pruning.comments && !options.comments;
+    }
+    ZestraNS::ExtractText(root, text, &type, mode, formatted ? &kept : nullptr, chosen != nullptr ? &pruning : nullptr);
   }
   root = nullptr;  // the tree is not needed for the conversion
   if (OrvelMem::MemoryPool::FailedRequests() != failed_requests) throw std::bad_alloc();
@@ -192,6 +201,19 @@ bool LayoutFromName(std::string_view name, Layout* layout) {
     *layout = Layout::kTables;
   } else if (name == "blocks") {
     *layout = Layout::kBlocks;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool FavorFromName(std::string_view name, Favor* favor) {
+  if (name == "balanced") {
+    *favor = Favor::kBalanced;
+  } else if (name == "precision") {
+    *favor = Favor::kPrecision;
+  } else if (name == "recall") {
+    *favor = Favor::kRecall;
   } else {
     return false;
   }

@@ -21,13 +21,14 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 }
 
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type, LayoutMode mode, KeptText* kept) {
+                 DocumentType* type, LayoutMode mode, KeptText* kept, const PruningTuning* pruning) {
   KStatistics document;
   root->Statistics(document, 0xFFFFFFFFu);
   *type = ClassifyDocument(document.Words(), document.WordsInLinksAndImages(), document.Links());
   // The extractor lives only for this one walk.
   const LayoutTuning tuning = TuningOf(mode);
   RecordingTextExtractor extractor(root, *type == LinkDocument, tuning.values, tuning.weights, kept);
+  if (pruning != nullptr) extractor.Prune(*pruning, *type == LinkDocument);
   extractor.GetTextRecording(&out);
 }
 

@@ -18,6 +18,7 @@
 namespace ZestraNS {
 
 class KeptText;
+struct PruningTuning;
 
 // A document is a LinkDocument when its share of words outside links is at
 // most kMaxNonLinkShare and its words outside links per link are at most
@@ -40,10 +41,13 @@ DocumentType ClassifyDocument(uint32_t words, uint32_t words_in_links, uint32_t 
 // selection for a ContentDocument (ZestraTextExtractor with the tuning of
 // `mode`, zestra/api/layout_tuning.h: its built-in parameters for kTables). `mode` is
 // the layout the tree was built with. When `kept` is not null, every text
-// item written is recorded in it (api/kept_text.h).
+// item written is recorded in it (api/kept_text.h). When `pruning` is not
+// null the selection, ranked or whole, is pruned with it before the text
+// is written (zestra/api/block_pruning.h).
 // REQUIRES: root and type are not null.
 void ExtractText(const Orvel::SmartPtr<KTable>& root, Orvel::BinaryStreamBufT<unsigned int>& out,
-                 DocumentType* type, LayoutMode mode = LayoutMode::kTables, KeptText* kept = nullptr);
+                 DocumentType* type, LayoutMode mode = LayoutMode::kTables, KeptText* kept = nullptr,
+                 const PruningTuning* pruning = nullptr);
 
 }  // namespace ZestraNS
 

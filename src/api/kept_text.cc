@@ -1,5 +1,7 @@
 #include "api/kept_text.h"
 
+#include <new>
+
 namespace ZestraNS {
 
 void FlatKeyMap::Insert(uint64_t key, uint32_t value) {
@@ -50,6 +52,14 @@ void RecordingTextExtractor::GetTextRecording(Orvel::BinaryStreamBufT<unsigned i
   recording_ = kept_ != nullptr;
   GetText(output);
   recording_ = false;
+}
+
+void RecordingTextExtractor::Prune(const PruningTuning& tuning, bool link_document) {
+  const Orvel::SmartPtr<ZestraVisitorStrategy> selection = Strategy();
+  PruneSelection(root_, *selection, tuning, link_document);
+  Orvel::SmartPtr<ZestraVisitorStrategy> pruned(new PrunedStrategy(selection));
+  if (pruned.IsNull()) throw std::bad_alloc();
+  Strategy(pruned);
 }
 
 void RecordingTextExtractor::VisitCellText(const Orvel::SmartPtr<KCellItem>& item) {

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "zestra/api/block_pruning.h"
 #include "zestra/base/smart_ptr.h"
 #include "zestra/model/k_cell_item.h"
 #include "zestra/model/k_table.h"
@@ -85,15 +86,22 @@ class RecordingTextExtractor : public ZestraTextExtractor {
   RecordingTextExtractor(const Orvel::SmartPtr<KTable>& root, bool whole_text,
                          const std::vector<double>* parameter_values, const ZestraRankWeights* weights,
                          KeptText* kept)
-      : ZestraTextExtractor(root, whole_text, parameter_values, weights), kept_(kept) {}
+      : ZestraTextExtractor(root, whole_text, parameter_values, weights), root_(root), kept_(kept) {}
 
   // GetText, recording the items written into the KeptText (when not null).
   void GetTextRecording(Orvel::BinaryStreamBufT<unsigned int>* output);
+
+  // Prunes the selection installed (PruneSelection, block_pruning.h) and
+  // installs a PrunedStrategy over it, so GetText leaves the dropped cells
+  // out. `link_document`: the selection is the whole text of a page of
+  // links.
+  void Prune(const PruningTuning& tuning, bool link_document);
 
  protected:
   void VisitCellText(const Orvel::SmartPtr<KCellItem>& item) override;
 
  private:
+  const Orvel::SmartPtr<KTable> root_;
   KeptText* const kept_;  // not owned; may be null
   bool recording_ = false;
 };

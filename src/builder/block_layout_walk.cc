@@ -1,6 +1,8 @@
 #include "builder/block_layout_walk.h"
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 #include <string>
 #include <utility>
 #include <variant>
@@ -31,7 +33,117 @@ struct Flags {
   bool pre = false;          // text is taken as it stands
   bool boilerplate = false;  // words count as link words
   bool math = false;         // inside a formula: every text is a token of its own
+  uint16_t marks = 0;        // KCellMarks kind bits of the elements around
 };
+
+// An element of more words than this is no byline, credit or caption,
+// whatever its class says.
+constexpr uint32_t kMaxLineWords = 50;
+
+// The KCellMarks bits that say what kind of line a cell holds.
+constexpr uint16_t kKindMarks = KCellMarks::kComments | KCellMarks::kByline | KCellMarks::kCredit |
+                                KCellMarks::kFurniture | KCellMarks::kCaption | KCellMarks::kForm;
+
+// Notes that `cell` received a text inside elements of the kinds `marks`:
+// a kind bit stays only while every text of the cell has it.
+void NoteText(KCell& cell, uint16_t marks) {
+  KCellMarks& m = cell.Marks();
+  if ((m.flags & KCellMarks::kHasText) == 0) {
+    m.flags = static_cast<uint16_t>((m.flags & ~kKindMarks) | KCellMarks::kHasText | marks);
+  } else {
+    m.flags = static_cast<uint16_t>(m.flags & ~(kKindMarks & ~marks));
+  }
+}
+
+// Mixes `text` into the FNV-1a hash `hash`.
+uint32_t Mix(uint32_t hash, std::string_view text) {
+  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+  return (hash ^ 0xFFu) * 16777619u;
+}
+
+// The shape of the unit [first, last): for each of its nodes (at most
+// kShapeNodes) the element and class, and the elements of its children.
+// Never 0. `boxed` tells whether its first node is a box rather than a
+// plain item: an element with a class, or with a heading or an image among
+// its children.
+uint32_t UnitSignature(NodeIterator first, NodeIterator last, bool& boxed) {
+  boxed = false;
+  constexpr int kShapeNodes = 24;
+  uint32_t hash = 2166136261u;
+  int budget = kShapeNodes;
+  for (NodeIterator at = first; at != last && budget > 0; ++at, --budget) {
+    const HtmlTreeNode& node = **at;
+    hash = Mix(hash, node.Name());
+    std::string_view class_names;
+    if (node.FindParam("class", class_names)) hash = Mix(hash, class_names);
+    if (at == first) boxed = !class_names.empty();
+    for (const auto& child : node.Children()) {
+      if (budget-- <= 0) break;
+      if (child->IsText()) continue;
+      hash = Mix(hash, child->Name());
+      const uint32_t id = child->Id();
+      if (at == first && (id == OrvelParser::kIdHeading || id == OrvelParser::kIdGraphics)) boxed = true;
+    }
+  }
+  return hash == 0 ? 1 : hash;
+}
+
+// The letters and digits of UTF-8 `text`, ASCII in lower case, with one
+// space between words; appended to `out`.
+void AppendFolded(std::string_view text, std::string& out) {
+  for (char c : text) {
+    const unsigned char u = static_cast<unsigned char>(c);
+    const bool word = u >= 0x80 || (u >= '0' && u <= '9') || (u >= 'a' && u <= 'z') || (u >= 'A' && u <= 'Z');
+    if (!word) {
+      if (!out.empty() && out.back() != ' ') out.push_back(' ');
+      continue;
+    }
+    out.push_back((u >= 'A' && u <= 'Z') ? static_cast<char>(u + ('a' - 'A')) : c);
+  }
+}
+
+std::string Folded(std::string_view text) {
+  std::string out;
+  AppendFolded(text, out);
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  return out;
+}
+
+// Whether the folded text of a heading names the article, judged by the
+// document's folded <title>, which often adds the site's name before or
+// after the article's ("Title | Site", "Site - Title"): the two are equal,
+// or the title begins or ends with the heading and the heading is at least
+// half of it, or the title begins with a heading of four words or more.
+bool NamesArticle(const std::string& heading, const std::string& title) {
+  if (heading.empty() || heading.size() > title.size()) return false;
+  if (heading == title) return true;
+  const bool starts = title.starts_with(heading) && title[heading.size()] == ' ';
+  const bool ends = title.ends_with(heading) && title[title.size() - heading.size() - 1] == ' ';
+  if ((starts || ends) && heading.size() * 2 >= title.size()) return true;
+  return starts && std::count(heading.begin(), heading.end(), ' ') >= 3;
+}
+
+// The folded text of the subtree of `node`, at most kMaxHeadingBytes of it.
+std::string HeadingText(const HtmlTreeNode& node) {
+  constexpr std::size_t kMaxHeadingBytes = 1024;
+  std::string out;
+  std::vector<const HtmlTreeNode*> stack{&node};
+  while (!stack.empty() && out.size() < kMaxHeadingBytes) {
+    const HtmlTreeNode* at = stack.back();
+    stack.pop_back();
+    if (at->IsText()) {
+      AppendFolded(at->Utf8Text(), out);
+      continue;
+    }
+    const auto& children = at->Children();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+      if (*child) stack.push_back(child->Get());
+    }
+  }
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  if (!out.empty() && out.front() == ' ') out.erase(0, 1);
+  return out;
+}
 
 // Siblings still to walk into a cell.
 struct Flow {
@@ -71,8 +183,8 @@ using Task = std::variant<Flow, CloseAfter, FillBlocks, FillHtmlTable>;
 
 class BlockWalk {
  public:
-  BlockWalk(const HtmlTreeNode::List& top, uint32_t node_count, WalkedNodes walked)
-      : analysis_(top, node_count), walked_(walked) {}
+  BlockWalk(const HtmlTreeNode::List& top, uint32_t node_count, WalkedNodes walked, std::string_view title)
+      : analysis_(top, node_count), walked_(walked), title_(Folded(title)) {}
 
   void Run(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell) {
     stack_.push_back(Flow{{top.begin(), 0}, top.end(), cell, Flags(), nullptr, top.begin()});
@@ -121,6 +233,7 @@ class BlockWalk {
         node.GetText(text);
         if (text.empty()) return;
         const bool counted_in_link = flags.in_link || flags.boilerplate;
+        NoteText(*cell, flags.marks);
         // A formula's tokens (<mi>x</mi><mn>2</mn>) are separate symbols:
         // one space before each that does not bring its own.
         if (flags.math && !Orvel::IsWhiteSpace(text.front())) AddTextRun(RunSeparatorText(), 0, 0, cell, false);
@@ -140,7 +253,7 @@ class BlockWalk {
           DoneWithChildren(owner, walked_);
           return;
         }
-        flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
+        ReadSignals(node, info, flags);
         flags.in_link = flags.pre = false;
         if (std::unique_ptr<TableCells> cells =
                 StartTable(ChildrenBegin(*at.node), ChildrenEnd(*at.node), cell, TablesLayoutTreatment(), tables_)) {
@@ -163,7 +276,8 @@ class BlockWalk {
     } else {
       flags.pre = role == BlockRole::kPre;
     }
-    flags.boilerplate = flags.boilerplate || IsBoilerplate(node, info);
+    ReadSignals(node, info, flags);
+    if (node.Id() == OrvelParser::kIdHeading && !title_found_ && !title_.empty()) NoteTitle(node, *cell);
     flags.math = flags.math || (node.Id() == OrvelParser::kIdGraphics && !IsSvgRoot(node));  // <math>
     if (node.Children().empty()) return;
     const BlockCursor children = analysis_.FirstChild(at);
@@ -184,22 +298,51 @@ class BlockWalk {
     stack_.push_back(Flow{children, ChildrenEnd(*at.node), cell, flags, owner, children.node});
   }
 
-  // Read only where the words are not boilerplate already: inside a nav or
-  // a footer nothing more needs to be known.
-  bool IsBoilerplate(const HtmlTreeNode& node, const BlockNodeInfo& info) const {
+  // Adds what the element's markup says to `flags`: whether its words are
+  // boilerplate, and the kinds of line it holds. Read only where the words
+  // are not boilerplate already: inside a nav or a footer nothing more
+  // needs to be known.
+  void ReadSignals(const HtmlTreeNode& node, const BlockNodeInfo& info, Flags& flags) const {
     // The document's own elements hold the whole page, whatever their
     // classes say (sites put feature flags such as "f_comment_x_on" there).
-    if (node.Id() == OrvelParser::kIdDocument) return false;
-    switch (SignalOf(node)) {
+    if (flags.boilerplate || node.Id() == OrvelParser::kIdDocument) return;
+    const ElementSignals signals = SignalsOf(node);
+    // A byline, credit or caption is a line: a wrapper so named ("date-outer"
+    // around a whole post) holds more than lines.
+    if (info.Words() <= kMaxLineWords) ReadLines(signals.lines, flags);
+    if ((signals.lines & kLineForm) != 0) flags.marks |= KCellMarks::kForm;
+    switch (signals.signal) {
       case ElementSignal::kNone:
-        return false;
+        return;
       case ElementSignal::kComments:
-        return true;
+        flags.boilerplate = true;
+        flags.marks |= KCellMarks::kComments | KCellMarks::kFurniture;
+        return;
       case ElementSignal::kBoilerplate:
         // More than a fifth of the page is a wrapper, whatever its name.
-        return static_cast<uint64_t>(info.Words()) * 5 <= analysis_.PageWords();
+        if (static_cast<uint64_t>(info.Words()) * 5 <= analysis_.PageWords()) {
+          flags.boilerplate = true;
+          flags.marks |= KCellMarks::kFurniture;
+        }
+        return;
     }
-    return false;
+  }
+
+  // Adds the KCellMarks of the LineSignal bits `lines` to `flags`.
+  static void ReadLines(uint8_t lines, Flags& flags) {
+    if ((lines & kLineByline) != 0) flags.marks |= KCellMarks::kByline;
+    if ((lines & kLineCredit) != 0) flags.marks |= KCellMarks::kCredit;
+    if ((lines & kLineCaption) != 0) flags.marks |= KCellMarks::kCaption;
+  }
+
+  // Marks `cell` as the title's when `node`, a heading, is the first h1 or
+  // h2 whose text names the article.
+  void NoteTitle(const HtmlTreeNode& node, KCell& cell) {
+    const std::string_view name = node.Name();
+    if (name != "h1" && name != "h2") return;
+    if (!NamesArticle(HeadingText(node), title_)) return;
+    title_found_ = true;
+    cell.Marks().flags |= KCellMarks::kTitle;
   }
 
   // Hangs a table of one column and `units` rows into `cell` and queues the
@@ -240,6 +383,9 @@ class BlockWalk {
     }
     SmartPtr<KCell> cell = fill.table->CreateCell(0, fill.row++);
     if (!cell) return;  // out of memory: the unit is dropped
+    bool boxed = false;
+    cell->Marks().signature = UnitSignature(first.node, last, boxed);
+    if (boxed) cell->Marks().flags |= KCellMarks::kBoxed;
     fill.filled = cell;
     const Flags flags = fill.flags;
     stack_.push_back(Flow{first, last, std::move(cell), flags, nullptr, first.node});
@@ -262,6 +408,8 @@ class BlockWalk {
 
   BlockAnalysis analysis_;
   const WalkedNodes walked_;
+  const std::string title_;  // the article's title, folded; empty: unknown
+  bool title_found_ = false;
   TableBudget tables_;  // the slots and span work of this document's tables
   std::vector<Task> stack_;
 };
@@ -269,8 +417,8 @@ class BlockWalk {
 }  // namespace
 
 void AddNodesToBlocks(const HtmlTreeNode::List& top, SmartPtr<KCell>& cell, WalkedNodes walked,
-                      uint32_t node_count) {
-  BlockWalk(top, node_count, walked).Run(top, cell);
+                      uint32_t node_count, std::string_view title) {
+  BlockWalk(top, node_count, walked, title).Run(top, cell);
 }
 
 }  // namespace ZestraNS

@@ -37,9 +37,18 @@
 // With WalkedNodes::kRelease the walk releases each element's children once
 // it is done with them (html_nodes.h); otherwise the nodes are only read.
 //
+// Marks for the pruning that follows the ranking (KCellMarks): a cell
+// whose every text lies inside a comment section, a boilerplate element,
+// a byline, a credit or a caption (block_signals.h) carries that kind; each
+// cell of a unit carries the unit's shape (its elements and classes,
+// hashed), so that runs of alike boxes can be told; the cell holding the
+// heading that names the article is marked as the title's.
+//
 // Thread-safety: none beyond the cell's.
 #ifndef ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
 #define ZESTRA_BUILDER_BLOCK_LAYOUT_WALK_H_
+
+#include <string_view>
 
 #include "builder/html_nodes.h"
 #include "zestra/base/smart_ptr.h"
@@ -49,10 +58,13 @@ namespace ZestraNS {
 
 // Lays out the document whose top-level nodes are `top` into `cell`.
 // `node_count`, when not 0, is the number of nodes below `top` (the tree's
-// NodeCount), so that the walk sizes its per-node records once.
+// NodeCount), so that the walk sizes its per-node records once. `title`
+// (UTF-8, may be empty) is the document's <title>: the cell that receives
+// the first h1 or h2 naming the article by it is marked KCellMarks::kTitle.
 // REQUIRES: cell is not null.
 void AddNodesToBlocks(const OrvelParser::HtmlTreeNode::List& top, Orvel::SmartPtr<KCell>& cell,
-                      WalkedNodes walked = WalkedNodes::kKeep, uint32_t node_count = 0);
+                      WalkedNodes walked = WalkedNodes::kKeep, uint32_t node_count = 0,
+                      std::string_view title = {});
 
 }  // namespace ZestraNS
 

@@ -21,7 +21,16 @@ constexpr std::string_view kBoilerplateWords[] = {
     "trending",    "widget",     "widgets",
 };
 constexpr std::string_view kCommentWords[] = {
-    "comment", "commentlist", "comments", "discussion", "disqus",
+    "comment", "commentform", "commentlist", "comments", "discussion", "disqus", "respond",
+};
+constexpr std::string_view kBylineWords[] = {
+    "author", "authors", "byline", "bylines", "date", "dateline", "meta", "pubdate", "published", "timestamp",
+};
+constexpr std::string_view kCreditWords[] = {
+    "attribution", "copyright", "credit", "credits", "photographer",
+};
+constexpr std::string_view kCaptionWords[] = {
+    "caption", "figcaption", "legend",
 };
 constexpr std::string_view kHiddenWords[] = {
     "d-none", "hidden", "hide", "invisible", "screen-reader-text", "sr-only", "visually-hidden", "visuallyhidden",
@@ -29,6 +38,7 @@ constexpr std::string_view kHiddenWords[] = {
 
 constexpr bool IsSorted(const auto& words) { return std::is_sorted(std::begin(words), std::end(words)); }
 static_assert(IsSorted(kBoilerplateWords) && IsSorted(kCommentWords) && IsSorted(kHiddenWords));
+static_assert(IsSorted(kBylineWords) && IsSorted(kCreditWords) && IsSorted(kCaptionWords));
 
 // Longest word of any list; longer parts can only match by their start.
 constexpr std::size_t kLongestWord = 18;
@@ -194,6 +204,8 @@ struct BlockAttributes {
         slot = &id;
       } else if (name == "role") {
         slot = &role;
+      } else if (name == "rel") {
+        slot = &rel;
       }
       if (slot != nullptr && !*slot) *slot = value;
       return true;
@@ -206,7 +218,32 @@ struct BlockAttributes {
   std::optional<std::string_view> class_names;
   std::optional<std::string_view> id;
   std::optional<std::string_view> role;
+  std::optional<std::string_view> rel;
 };
+
+// The LineSignal bits of a class or id value.
+uint8_t ValueLines(std::string_view value, NameAttribute from) {
+  uint8_t lines = 0;
+  AnyName(value, MaxParts(from), [&lines](const LowerName& name, bool part) {
+    if (name.In(kBylineWords, part)) lines |= kLineByline;
+    if (name.In(kCreditWords, part)) lines |= kLineCredit;
+    if (name.In(kCaptionWords, part)) lines |= kLineCaption;
+    return false;
+  });
+  return lines;
+}
+
+// The signal of an element from its name, role and the attributes read.
+ElementSignal SignalFrom(const HtmlTreeNode& node, const BlockAttributes& a) {
+  ElementSignal signal = ElementSignal::kNone;
+  if (a.class_names) signal = ValueSignal(*a.class_names, NameAttribute::kClass);
+  if (signal == ElementSignal::kComments) return signal;
+  if (a.id) signal = std::max(signal, ValueSignal(*a.id, NameAttribute::kId));
+  if (signal != ElementSignal::kNone) return signal;
+  if (IsBoilerplateElement(node.Name())) return ElementSignal::kBoilerplate;
+  if (a.role && IsBoilerplateRole(*a.role)) return ElementSignal::kBoilerplate;
+  return ElementSignal::kNone;
+}
 
 }  // namespace
 
@@ -231,16 +268,20 @@ bool IsHiddenElement(const HtmlTreeNode& node) {
   return a.class_names && HasClassWord(*a.class_names, ClassWords::kHidden);
 }
 
-ElementSignal SignalOf(const HtmlTreeNode& node) {
+ElementSignal SignalOf(const HtmlTreeNode& node) { return SignalsOf(node).signal; }
+
+ElementSignals SignalsOf(const HtmlTreeNode& node) {
   const BlockAttributes a(node);
-  ElementSignal signal = ElementSignal::kNone;
-  if (a.class_names) signal = ValueSignal(*a.class_names, NameAttribute::kClass);
-  if (signal == ElementSignal::kComments) return signal;
-  if (a.id) signal = std::max(signal, ValueSignal(*a.id, NameAttribute::kId));
-  if (signal != ElementSignal::kNone) return signal;
-  if (IsBoilerplateElement(node.Name())) return ElementSignal::kBoilerplate;
-  if (a.role && IsBoilerplateRole(*a.role)) return ElementSignal::kBoilerplate;
-  return ElementSignal::kNone;
+  ElementSignals result;
+  const std::string_view element = node.Name();
+  if (element == "figcaption") result.lines |= kLineCaption;
+  if (element == "address" || element == "time") result.lines |= kLineByline;
+  if (element == "form") result.lines |= kLineForm;
+  if (a.rel && EqualsIgnoringCase(*a.rel, "author")) result.lines |= kLineByline;
+  if (a.class_names) result.lines |= ValueLines(*a.class_names, NameAttribute::kClass);
+  if (a.id) result.lines |= ValueLines(*a.id, NameAttribute::kId);
+  result.signal = SignalFrom(node, a);
+  return result;
 }
 
 }  // namespace ZestraNS

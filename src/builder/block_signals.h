@@ -27,7 +27,7 @@ enum class ClassWords {
   // What surrounds the main text: nav, menu, sidebar, share, social,
   // related, ad, promo, cookie, newsletter, breadcrumb and their kin.
   kBoilerplate,
-  // Comment sections: comment, comments, disqus, ...
+  // Comment sections: comment, comments, commentform, disqus, respond, ...
   kComments,
   // Class names that hide an element: hidden, sr-only, visually-hidden, ...
   // matched as whole tokens only ("hidden-xs" hides on small screens only).
@@ -67,6 +67,27 @@ enum class ElementSignal {
 };
 
 ElementSignal SignalOf(const OrvelParser::HtmlTreeNode& node);
+
+// What an element's markup says of the short lines an article carries
+// beside its text, as bits of LineSignal. Class and id values are matched
+// as above (ids only by whole tokens of few parts):
+//   kByline: an <address>, a <time>, a link with rel="author", or a class
+//     or id word author, byline, dateline, date, pubdate, published,
+//     timestamp, meta (the "entry-meta" line of blogs) and their kin;
+//   kCredit: a class or id word credit, copyright, photographer,
+//     attribution and their kin;
+//   kCaption: a <figcaption>, or a class or id word caption, figcaption,
+//     legend.
+//   kForm: a <form> (its labels, options and notes).
+enum LineSignal : uint8_t { kLineByline = 1, kLineCredit = 2, kLineCaption = 4, kLineForm = 8 };
+
+// The element's ElementSignal (as SignalOf gives it) and its LineSignal
+// bits, read in one pass over its attributes.
+struct ElementSignals {
+  ElementSignal signal = ElementSignal::kNone;
+  uint8_t lines = 0;
+};
+ElementSignals SignalsOf(const OrvelParser::HtmlTreeNode& node);
 
 }  // namespace ZestraNS
 

@@ -1,10 +1,12 @@
 #include "builder/build_tree.h"
 
 #include <new>
+#include <string>
 
 #include "builder/block_layout_walk.h"
 #include "builder/keyword_table.h"
 #include "builder/layout_walk.h"
+#include "zestra/charset/charset_conversion.h"
 #include "zestra/html/html_doc_parser.h"
 
 namespace ZestraNS {
@@ -22,7 +24,10 @@ void Build(const OrvelParser::HtmlDocTree& tree, Orvel::SmartPtr<KTable>& root, 
   Orvel::SmartPtr<KCell> content = root->CreateCell(0, 1);
   if (!content) return;
   if (mode == LayoutMode::kBlocks) {
-    AddNodesToBlocks(top, content, walked, tree.NodeCount());
+    // The heading that names the article is found by the document's title.
+    std::string utf8_title;
+    OrvelCharset::AppendUtf8(title.data(), title.size(), utf8_title);
+    AddNodesToBlocks(top, content, walked, tree.NodeCount(), utf8_title);
   } else {
     AddNodesToCell(top.begin(), top.end(), content, false, false, TablesLayoutTreatment(), walked);
   }

@@ -11,6 +11,14 @@
 // They were tuned on a development set of 130 pages; changes that move its
 // F1 by less than 0.01 are noise.
 //
+// The blocks layout then prunes its selection (block_pruning.h) with the
+// steps of its pruning tuning, of which there are three: kBalanced, the
+// default, runs the steps that gained on both halves of both development
+// sets; kPrecision adds the steps that drop more of what sits beside the
+// article at the cost of some of the article (link bars, labels,
+// captions); kRecall runs only the steps that drop no article text on the
+// development sets (comments, link furniture).
+//
 // Thread-safety: constant data; the pointers stay valid for the life of the
 // library.
 #ifndef ZESTRA_API_LAYOUT_TUNING_H_
@@ -18,6 +26,7 @@
 
 #include <vector>
 
+#include "zestra/api/block_pruning.h"
 #include "zestra/builder/layout_mode.h"
 #include "zestra/export.h"
 #include "zestra/traversal/zestra_text_extractor.h"
@@ -31,10 +40,21 @@ struct LayoutTuning {
   const std::vector<double>* values = nullptr;
   // The rank weights of both parameter sets; null: the defaults.
   const ZestraRankWeights* weights = nullptr;
+  // The pruning of the selection; null: none.
+  const PruningTuning* pruning = nullptr;
 };
 
-// The tuning of `mode`: both null for LayoutMode::kTables.
-ZESTRA_EXPORT LayoutTuning TuningOf(LayoutMode mode);
+// What the pruning favours when it weighs dropping a cell; the values are
+// those of zestra::Favor.
+enum class Favor : uint8_t {
+  kBalanced = 0,
+  kPrecision = 1,  // drop more of what lies beside the article
+  kRecall = 2,     // keep more of the article
+};
+
+// The tuning of `mode`: all null for LayoutMode::kTables; `favor` chooses
+// the pruning of kBlocks (an unknown value counts as kBalanced).
+ZESTRA_EXPORT LayoutTuning TuningOf(LayoutMode mode, Favor favor = Favor::kBalanced);
 
 }  // namespace ZestraNS
 

@@ -24,6 +24,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -130,6 +131,8 @@ class ZESTRA_EXPORT NodeList {
   const_iterator end() const noexcept { return data_ + size_; }
   const_iterator cbegin() const noexcept { return data_; }
   const_iterator cend() const noexcept { return data_ + size_; }
+  std::reverse_iterator<const_iterator> rbegin() const noexcept { return std::reverse_iterator(end()); }
+  std::reverse_iterator<const_iterator> rend() const noexcept { return std::reverse_iterator(begin()); }
   // REQUIRES: index < size().
   Entry& operator[](std::size_t index) noexcept { return data_[index]; }
   const Entry& operator[](std::size_t index) const noexcept { return data_[index]; }

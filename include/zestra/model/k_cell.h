@@ -36,6 +36,33 @@ namespace ZestraNS {
 class KTable;
 class TreeTeardown;
 
+// What the blocks layout notes about a cell while it builds it, for the
+// pruning that follows the ranking (zestra/api/block_pruning.h). The tables
+// layout leaves every field 0, and nothing of the reference behaviour reads
+// them.
+struct KCellMarks {
+  // Bits of `flags`. The kind bits hold when every text of the cell lies
+  // inside an element of that kind; kHasText says the cell received text.
+  enum : uint16_t {
+    kHasText = 1,
+    kComments = 2,    // a comment section
+    kByline = 4,      // a byline, dateline or author line
+    kCredit = 8,      // a photo credit or copyright line
+    kFurniture = 16,  // navigation, header, footer or a boilerplate class
+    kCaption = 32,    // a figure caption
+    kTitle = 64,      // holds the heading that matches the article's title
+    kBoxed = 128,     // a unit that is a box: a classed element, or one with a heading or an image
+    kForm = 256,      // a form
+  };
+  // The shape of the block the cell holds: its element, class and the
+  // elements of its children, hashed; 0 when the cell is not a unit of a
+  // block table.
+  uint32_t signature = 0;
+  uint16_t flags = 0;
+  // The pruning step that dropped the cell; 0 when none did.
+  uint8_t dropped_by = 0;
+};
+
 class ZESTRA_EXPORT KCell : public Orvel::RefCounted<KCell> {
  public:
   // An empty cell of `parent` (which may be null) at (`col`, `row`); all
@@ -89,6 +116,10 @@ class ZESTRA_EXPORT KCell : public Orvel::RefCounted<KCell> {
   // Tables nested directly in this cell's items.
   uint32_t Tables() const noexcept { return tables_; }
 
+  // The blocks layout's notes on the cell; see KCellMarks.
+  const KCellMarks& Marks() const noexcept { return marks_; }
+  KCellMarks& Marks() noexcept { return marks_; }
+
   // Each adds `n` to its counter, modulo 2^32.
   void AddWords(uint32_t n) noexcept { words_ += n; }
   void AddLinks(uint32_t n) noexcept { links_ += n; }
@@ -130,6 +161,7 @@ class ZESTRA_EXPORT KCell : public Orvel::RefCounted<KCell> {
   uint32_t images_ = 0;
   uint32_t words_in_links_and_images_ = 0;
   uint32_t tables_ = 0;
+  KCellMarks marks_;
 };
 
 }  // namespace ZestraNS
