@@ -11,6 +11,7 @@
 
 #include "extract_command.h"
 #include "tree_command.h"
+#include "zestra/api/block_pruning.h"
 #include "zestra/zestra.h"
 
 namespace {
@@ -144,7 +145,11 @@ int main(int argc, char** argv) {
   extract_command->add_option("--prune-steps", extract.prune_steps,
                               "The pruning steps to run instead of the favour's, separated by commas: "
                               "comments, link-furniture, before-title, teaser-run, credit, caption, byline, "
-                              "link-heavy, short-label, or none")
+                              "link-heavy, form, short-label, or none")
+      ->check([](const std::string& names) {
+        ZestraNS::PruningTuning tuning;
+        return ZestraNS::ChooseSteps(names, tuning) ? std::string() : "unknown pruning step in \"" + names + "\"";
+      })
       ->type_name("LIST");
   extract_command->add_option("-j,--jobs", extract.jobs, "Pages extracted in parallel; output keeps input order")
       ->check(CLI::Range(1u, 1024u))

@@ -178,9 +178,9 @@ struct Options {
   Favor favor = Favor::kBalanced;
   // The pruning steps to run instead of those `favor` runs, by name,
   // separated by commas: comments, link-furniture, before-title,
-  // teaser-run, credit, caption, byline, link-heavy, short-label; "none"
-  // runs none. Empty: the favour's. Names not listed are ignored. For
-  // measuring the steps one by one.
+  // teaser-run, credit, caption, byline, link-heavy, form, short-label;
+  // "none" runs none. Empty: the favour's. An unknown name makes Extract
+  // throw std::invalid_argument. For measuring the steps one by one.
   std::string prune_steps;
 };
 

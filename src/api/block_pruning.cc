@@ -1,5 +1,6 @@
 #include "zestra/api/block_pruning.h"
 
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -267,29 +268,32 @@ const char* PruneStepName(PruneStep step) {
   return "";
 }
 
-void ChooseSteps(std::string_view names, PruningTuning& tuning) {
-  const auto named = [names](PruneStep step) {
-    std::string name = PruneStepName(step);
-    for (char& c : name) c = c == ' ' ? '-' : c;
-    std::size_t at = 0;
-    while (at <= names.size()) {
-      std::size_t end = names.find(',', at);
-      if (end == std::string_view::npos) end = names.size();
-      if (names.substr(at, end - at) == name) return true;
-      at = end + 1;
+bool ChooseSteps(std::string_view names, PruningTuning& tuning) {
+  constexpr PruneStep kSteps[] = {PruneStep::kComments,  PruneStep::kLinkFurniture, PruneStep::kBeforeTitle,
+                                  PruneStep::kTeaserRun, PruneStep::kCredit,        PruneStep::kCaption,
+                                  PruneStep::kByline,    PruneStep::kLinkHeavy,     PruneStep::kForm,
+                                  PruneStep::kShortLabel};
+  bool chosen[std::size(kSteps)] = {};
+  std::size_t at = 0;
+  while (at <= names.size()) {
+    std::size_t end = names.find(',', at);
+    if (end == std::string_view::npos) end = names.size();
+    const std::string_view name = names.substr(at, end - at);
+    bool known = name.empty() || name == "none";  // a trailing comma names nothing
+    for (std::size_t i = 0; i < std::size(kSteps) && !known; ++i) {
+      std::string step = PruneStepName(kSteps[i]);
+      for (char& c : step) c = c == ' ' ? '-' : c;
+      if (name == step) known = chosen[i] = true;
     }
-    return false;
-  };
-  tuning.comments = named(PruneStep::kComments);
-  tuning.link_furniture = named(PruneStep::kLinkFurniture);
-  tuning.before_title = named(PruneStep::kBeforeTitle);
-  tuning.teaser_runs = named(PruneStep::kTeaserRun);
-  tuning.credits = named(PruneStep::kCredit);
-  tuning.captions = named(PruneStep::kCaption);
-  tuning.bylines = named(PruneStep::kByline);
-  tuning.link_heavy = named(PruneStep::kLinkHeavy);
-  tuning.forms = named(PruneStep::kForm);
-  tuning.short_labels = named(PruneStep::kShortLabel);
+    if (!known) return false;
+    at = end + 1;
+  }
+  bool* const switches[] = {&tuning.comments, &tuning.link_furniture, &tuning.before_title, &tuning.teaser_runs,
+                            &tuning.credits,  &tuning.captions,       &tuning.bylines,      &tuning.link_heavy,
+                            &tuning.forms,    &tuning.short_labels};
+  static_assert(std::size(switches) == std::size(kSteps));
+  for (std::size_t i = 0; i < std::size(kSteps); ++i) *switches[i] = chosen[i];
+  return true;
 }
 
 void PruneSelection(const SmartPtr<KTable>& root, const ZestraVisitorStrategy& selection, const PruningTuning& tuning,

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdint>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 #include "api/article_output.h"
@@ -137,7 +138,9 @@ Result ExtractPage(std::string_view bytes, const Options& options, const OrvelMe
     const ZestraNS::PruningTuning* chosen = ZestraNS::TuningOf(mode, static_cast<ZestraNS::Favor>(options.favor)).pruning;
     if (chosen != nullptr) {
       pruning = *chosen;
-      if (!options.prune_steps.empty()) ZestraNS::ChooseSteps(options.prune_steps, pruning);
+      if (!options.prune_steps.empty() && !ZestraNS::ChooseSteps(options.prune_steps, pruning)) {
+        throw std::invalid_argument("unknown pruning step in \"" + options.prune_steps + "\"");
+      }
       pruning.comments = pruning.comments && !options.comments;
     }
     ZestraNS::ExtractText(root, text, &type, mode, formatted ? &kept : nullptr, chosen != nullptr ? &pruning : nullptr);

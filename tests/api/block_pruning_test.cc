@@ -6,6 +6,7 @@
 // as the tree tool reads it.
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 
 #include "zestra/api/block_pruning.h"
@@ -111,13 +112,20 @@ TEST(BlockPruningTest, LinkDocumentLosesTheSiteFurniture) {
 
 TEST(BlockPruningTest, StepsAreChosenByName) {
   ZestraNS::PruningTuning tuning;
-  ZestraNS::ChooseSteps("teaser-run,byline,nonsense,", tuning);
+  EXPECT_TRUE(ZestraNS::ChooseSteps("teaser-run,byline,form,", tuning));
   EXPECT_TRUE(tuning.teaser_runs);
   EXPECT_TRUE(tuning.bylines);
+  EXPECT_TRUE(tuning.forms);
   EXPECT_FALSE(tuning.comments);
   EXPECT_FALSE(tuning.before_title);
-  EXPECT_FALSE(tuning.forms);
-  ZestraNS::ChooseSteps("", tuning);
+  // An unknown name changes nothing, and Extract refuses it.
+  EXPECT_FALSE(ZestraNS::ChooseSteps("comments,teaser run", tuning));
+  EXPECT_TRUE(tuning.teaser_runs);
+  EXPECT_FALSE(tuning.comments);
+  zestra::Options options;
+  options.prune_steps = "comments,nonsense";
+  EXPECT_THROW(zestra::Extract("<p>text</p>", options), std::invalid_argument);
+  EXPECT_TRUE(ZestraNS::ChooseSteps("", tuning));
   EXPECT_FALSE(tuning.teaser_runs);
   EXPECT_STREQ(ZestraNS::PruneStepName(ZestraNS::PruneStep::kBeforeTitle), "before title");
   EXPECT_STREQ(ZestraNS::PruneStepName(ZestraNS::PruneStep::kNone), "");

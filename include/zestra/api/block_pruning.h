@@ -65,8 +65,9 @@ ZESTRA_EXPORT const char* PruneStepName(PruneStep step);
 
 // Sets the switches of `tuning` from a list of step names separated by
 // commas ("comments,teaser-run"; the names of PruneStepName with '-' for
-// ' '): the steps named run, the others do not. Unknown names are ignored.
-ZESTRA_EXPORT void ChooseSteps(std::string_view names, struct PruningTuning& tuning);
+// ' '; "none" names no step): the steps named run, the others do not.
+// Returns false, with `tuning` unchanged, when a name names no step.
+ZESTRA_EXPORT bool ChooseSteps(std::string_view names, struct PruningTuning& tuning);
 
 // The switches and thresholds of the steps. Word counts are those of the
 // layout tree (CountWords), taken over a cell and the kept cells below it.
