@@ -42,7 +42,7 @@ std::vector<Kept> ListKept(const SmartPtr<KTable>& root, const ZestraVisitorStra
       KTable& table = *frame.table;
       const uint32_t slots = static_cast<uint32_t>(table.End() - table.Begin());
       bool entered = false;
-      while (frame.next <= slots + 1 && !entered) {
+      while (!entered && frame.next <= slots + 1) {  // `frame` dies with a push: test `entered` first
         const uint32_t slot = frame.next++;
         const SmartPtr<KCell>& cell = slot < slots ? table.Begin()[slot] : slot == slots ? table.Caption() : table.Summary();
         if (cell.IsNull()) continue;
@@ -61,7 +61,7 @@ std::vector<Kept> ListKept(const SmartPtr<KTable>& root, const ZestraVisitorStra
     KCell& cell = *frame.cell;
     const uint32_t items = static_cast<uint32_t>(cell.End() - cell.Begin());
     bool entered = false;
-    while (frame.next < items && !entered) {
+    while (!entered && frame.next < items) {  // `frame` dies with a push: test `entered` first
       const SmartPtr<KCellItem>& item = cell.Begin()[frame.next++];
       if (!item->IsTable() || item->Table().IsNull()) continue;
       const SmartPtr<KTable>& table = item->Table();

@@ -90,9 +90,11 @@ void HtmlTreeNode::Free(HtmlTreeNode* node) noexcept {
   // Nodes whose last holder went wait in a chain through their payload
   // pointer, which a dying node no longer needs: freeing takes neither
   // stack nor memory in proportion to the tree's depth or width.
+  // Their blocks go back in a batch, most of a chunk's at once.
   HtmlTreeNode* pending = nullptr;
-  auto wait = [&pending](HtmlTreeNode* dying) {
-    NodeArena::Release(dying->payload_);
+  NodeArena::ReleaseBatch released;
+  auto wait = [&pending, &released](HtmlTreeNode* dying) {
+    released.Add(dying->payload_);
     dying->payload_ = reinterpret_cast<char*>(pending);
     pending = dying;
   };
@@ -104,11 +106,13 @@ void HtmlTreeNode::Free(HtmlTreeNode* node) noexcept {
     NodeList& children = current->children_;
     for (uint32_t i = 0; i < children.size_; ++i) {
       HtmlTreeNode* child = std::exchange(children.data_[i].node_, nullptr);
-      if (child != nullptr && child->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1) wait(child);
+      if (child != nullptr && child->DropHolder()) wait(child);
     }
-    children.Clear();  // every holder is empty now: this only gives the array back
+    released.Add(children.data_);  // every holder is empty now
+    children.data_ = nullptr;
+    children.size_ = children.capacity_ = 0;
     current->~HtmlTreeNode();
-    NodeArena::Release(current);
+    released.Add(current);
   }
 }
 

@@ -87,9 +87,9 @@ struct NodeArena::Chunk {
     return reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(block) & ~(kChunkAlignment - 1));
   }
   char* End() { return reinterpret_cast<char*>(this) + bytes; }
-  // Drops one count; the last one frees the chunk.
-  void Drop() noexcept {
-    if (count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+  // Drops `n` counts; the last one frees the chunk.
+  void Drop(uint32_t n = 1) noexcept {
+    if (count.fetch_sub(n, std::memory_order_acq_rel) == n) {
       const std::size_t size = bytes;
       this->~Chunk();
       if (size != kChunkAlignment || !chunk_cache.Keep(this)) OrvelMem::MemoryPool::Unmap(this, size);
@@ -137,6 +137,22 @@ bool NodeArena::Extend(void* block, std::size_t old_bytes, std::size_t new_bytes
 
 void NodeArena::Release(void* block) noexcept {
   if (block != nullptr) Chunk::Of(block)->Drop();
+}
+
+void NodeArena::ReleaseBatch::Add(void* block) noexcept {
+  if (block == nullptr) return;
+  Chunk* chunk = Chunk::Of(block);
+  if (chunk != chunk_) {
+    Flush();
+    chunk_ = chunk;
+  }
+  ++count_;
+}
+
+void NodeArena::ReleaseBatch::Flush() noexcept {
+  if (count_ != 0) chunk_->Drop(count_);
+  chunk_ = nullptr;
+  count_ = 0;
 }
 
 }  // namespace OrvelParser

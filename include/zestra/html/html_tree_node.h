@@ -283,6 +283,13 @@ class ZESTRA_EXPORT HtmlTreeNode {
   // Appends `bytes` to the payload, growing its block as needed.
   void AppendPayload(NodeArena& arena, std::string_view bytes);
 
+  // Drops one holder; returns whether it was the last. The only holder
+  // needs no atomic operation: no other thread can hold the node to copy it.
+  bool DropHolder() noexcept {
+    return holders_.load(std::memory_order_acquire) == 1 ||
+           holders_.fetch_sub(1, std::memory_order_acq_rel) == 1;
+  }
+
   // Frees `node`, whose last holder went, and the nodes below it that it
   // held the last holders of.
   static void Free(HtmlTreeNode* node) noexcept;
@@ -335,7 +342,7 @@ RefCount<OrvelParser::HtmlTreeNode>::RefCount(const RefCount& other) noexcept : 
 
 void RefCount<OrvelParser::HtmlTreeNode>::Reset() noexcept {
   Node* node = std::exchange(node_, nullptr);
-  if (node != nullptr && node->holders_.fetch_sub(1, std::memory_order_acq_rel) == 1) Node::Free(node);
+  if (node != nullptr && node->DropHolder()) Node::Free(node);
 }
 
 int32_t RefCount<OrvelParser::HtmlTreeNode>::Count() const noexcept {
