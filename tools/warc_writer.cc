@@ -6,9 +6,9 @@
 namespace zestra_tool {
 namespace {
 
-// FNV-1a over `text`, from the offset basis `seed`.
-std::uint64_t Fnv1a(std::string_view text, std::uint64_t seed) {
-  std::uint64_t hash = seed;
+// FNV-1a over `text`, from the offset basis `basis`.
+std::uint64_t Fnv1a(std::string_view text, std::uint64_t basis) {
+  std::uint64_t hash = basis;
   for (unsigned char c : text) {
     hash ^= c;
     hash *= 0x100000001B3u;

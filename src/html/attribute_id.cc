@@ -19,7 +19,7 @@ constexpr PerfectHash<std::size(kNames), 11> kTable(kNames);
 
 }  // namespace
 
-uint32_t AttributeHashSeed() noexcept { return kTable.seed(); }
+uint32_t AttributeHashSalt() noexcept { return kTable.salt(); }
 
 AttributeId LookupAttributeHashed(std::string_view name, uint32_t hash) noexcept {
   return static_cast<AttributeId>(kTable.Find(name, hash));

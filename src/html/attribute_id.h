@@ -48,7 +48,7 @@ std::string_view AttributeName(AttributeId id) noexcept;
 // For a scanner that hashes a name while it reads it: the hash state before
 // the first byte (then stepped with NameHashStep of html/perfect_hash.h over
 // every lower-cased byte), and the id of `name` given that final `hash`.
-uint32_t AttributeHashSeed() noexcept;
+uint32_t AttributeHashSalt() noexcept;
 AttributeId LookupAttributeHashed(std::string_view name, uint32_t hash) noexcept;
 
 }  // namespace OrvelParser

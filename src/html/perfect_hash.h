@@ -1,6 +1,6 @@
 // A perfect hash over a fixed list of short names (tag names, attribute
 // names), found at compile time: a byte-at-a-time hash that a scanner can
-// update while it lower-cases a name, a seed under which no two names of
+// update while it lower-cases a name, a salt under which no two names of
 // the list share a slot, and a table of slots holding each name's index.
 // A lookup reads one slot and compares one name.
 //
@@ -22,7 +22,7 @@ constexpr uint32_t NameHashStep(uint32_t hash, unsigned char byte) noexcept { re
 
 // `kNames[0]` is the empty name of "unknown"; the others are the names, at
 // most 255 of them. 1 << kSlotBits slots: about 25 times the name count
-// finds a seed within a few dozen tries.
+// finds a salt within a few dozen tries.
 template <size_t kCount, uint32_t kSlotBits>
 class PerfectHash {
  public:
@@ -33,17 +33,17 @@ class PerfectHash {
     for (size_t i = 0; i < kCount; ++i) names_[i] = names[i];
     for (uint32_t candidate = 0x811C9DC5u;; candidate += 0x9E3779B9u) {
       if (TryFill(candidate)) {
-        seed_ = candidate;
+        salt_ = candidate;
         return;
       }
     }
   }
 
   // The hash state before the first byte of a name.
-  constexpr uint32_t seed() const { return seed_; }
+  constexpr uint32_t salt() const { return salt_; }
 
   // The index of `name` in the list, 0 when it is not there; `hash` is
-  // seed() stepped over every byte of `name`.
+  // salt() stepped over every byte of `name`.
   uint8_t Find(std::string_view name, uint32_t hash) const noexcept {
     const uint8_t id = ids_[Slot(hash)];
     const std::string_view known = names_[id];
@@ -52,11 +52,11 @@ class PerfectHash {
                ? id
                : 0;
   }
-  uint8_t Find(std::string_view name) const noexcept { return Find(name, Hash(seed_, name)); }
+  uint8_t Find(std::string_view name) const noexcept { return Find(name, Hash(salt_, name)); }
 
-  static constexpr uint32_t Hash(uint32_t seed, std::string_view name) {
-    for (const char c : name) seed = NameHashStep(seed, static_cast<unsigned char>(c));
-    return seed;
+  static constexpr uint32_t Hash(uint32_t hash, std::string_view name) {
+    for (const char c : name) hash = NameHashStep(hash, static_cast<unsigned char>(c));
+    return hash;
   }
 
  private:
@@ -74,7 +74,7 @@ class PerfectHash {
 
   std::array<std::string_view, kCount> names_;
   std::array<uint8_t, kSlotCount> ids_;  // 0: empty slot (names_[0] is "")
-  uint32_t seed_ = 0;
+  uint32_t salt_ = 0;
 };
 
 }  // namespace OrvelParser

@@ -18,7 +18,7 @@ constexpr PerfectHash<std::size(kNames), 12> kTable(kNames);
 
 }  // namespace
 
-uint32_t TagHashSeed() noexcept { return kTable.seed(); }
+uint32_t TagHashSalt() noexcept { return kTable.salt(); }
 
 TagId LookupTagHashed(std::string_view name, uint32_t hash) noexcept {
   return static_cast<TagId>(kTable.Find(name, hash));

@@ -127,7 +127,7 @@ bool MatchesFolded(std::string_view input, uint32_t pos, std::string_view word) 
 
 struct Tokenizer::State {
   explicit State(std::string_view text)
-      : input(text), in(text.data()), size(static_cast<uint32_t>(text.size())), tag_hash(TagHashSeed()) {}
+      : input(text), in(text.data()), size(static_cast<uint32_t>(text.size())), tag_hash(TagHashSalt()) {}
 
   bool Run(Token& out);
 
@@ -278,7 +278,7 @@ struct Tokenizer::State {
     tag_is_end = end_tag;
     tag_name = {};
     tag_name_buffer.clear();
-    tag_hash = TagHashSeed();
+    tag_hash = TagHashSalt();
     self_closing = false;
     attributes.clear();
     attribute_names.clear();
@@ -328,7 +328,7 @@ struct Tokenizer::State {
 
   struct AttributeRecord {
     Piece name;     // in the input or attribute_names
-    uint32_t hash;  // of the name, from AttributeHashSeed
+    uint32_t hash;  // of the name, from AttributeHashSalt
     AttributeId id;
     Piece value;  // in the input or attribute_values
   };
@@ -338,7 +338,7 @@ struct Tokenizer::State {
     attribute_open = true;
     attribute_dropped = false;
     current.name = {};
-    current.hash = AttributeHashSeed();
+    current.hash = AttributeHashSalt();
     current.id = AttributeId::kAttributeUnknown;
     current.value = {};
   }

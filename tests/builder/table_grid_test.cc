@@ -225,10 +225,10 @@ TEST(TableGridTest, DocumentBudgetIsShared) {
 TEST(TableGridTest, SparseGridMatchesEveryPositionGrid) {
   const char* const row_spans[] = {"", "0", "1", "2", "3", "9"};
   const char* const col_spans[] = {"", "1", "2", "3"};
-  uint32_t seed = 12345;
-  auto random = [&seed](uint32_t n) {
-    seed = seed * 1103515245u + 12345u;
-    return (seed >> 16) % n;
+  uint32_t state = 12345;
+  auto random = [&state](uint32_t n) {
+    state = state * 1103515245u + 12345u;
+    return (state >> 16) % n;
   };
   for (int round = 0; round < 300; ++round) {
     NodeList table;
